@@ -1,0 +1,30 @@
+# planilha_library(NAME [PLAIN] SOURCES ... [LINKS ...]): the static library of one folder of src.
+# PLAIN marks the one library that must not know Qt.
+function(planilha_library name)
+  cmake_parse_arguments(ARG "PLAIN" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  if(ARG_PLAIN)
+    target_link_libraries(${name} PRIVATE plain_flags PUBLIC ${ARG_LINKS})
+  else()
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+    target_link_libraries(${name} PRIVATE qt_flags PUBLIC ${ARG_LINKS})
+  endif()
+endfunction()
+
+# planilha_test(NAME SOURCES ... [LINKS ...] [TIMEOUT seconds] [LABELS ...]): one QtTest executable under ctest, run on
+# the offscreen platform.
+function(planilha_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PRIVATE qt_flags Qt6::Test ${ARG_LINKS})
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 300)
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}"
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;PLANILHA_SOURCE_DIR=${PROJECT_SOURCE_DIR};PLANILHA_SHARED_DIR=${PROJECT_SOURCE_DIR}/../shared"
+    SKIP_REGULAR_EXPRESSION "^SKIP   : .*whole executable")
+endfunction()

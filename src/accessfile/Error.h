@@ -1,0 +1,45 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace accessfile {
+
+/// What went wrong, for callers that react to the kind; the message is for the operator, in Portuguese.
+enum class ErrorKind {
+    CannotOpen,   ///< Missing file, no permission, I/O error.
+    Locked,       ///< Another process has the file.
+    NotADatabase, ///< Not a file of this format, or a generation that is not served.
+    WrongPassword,
+    Damaged,  ///< Structure that cannot be followed safely.
+    ReadOnly, ///< Write to a file or table that can only be read; the message says why.
+    Syntax,   ///< Statement that is not understood.
+    MissingTable,
+    MissingColumn, ///< An unknown name is a parameter without value.
+    TypeMismatch,
+    DuplicateKey,
+    NullNotAllowed,
+    TooLong,   ///< Text or row over its limit.
+    Duplicate, ///< Table, column or index that exists already.
+    DivisionByZero,
+    Overflow,
+    IoError ///< Reading or writing failed midway; the statement was undone.
+};
+
+class Error : public std::runtime_error
+{
+public:
+    Error(ErrorKind kind, const std::string& message)
+        : std::runtime_error(message)
+        , m_kind(kind)
+    {}
+
+    [[nodiscard]] ErrorKind kind() const noexcept { return m_kind; }
+    /// The number that the Access driver reports for this kind.
+    [[nodiscard]] int number() const noexcept;
+
+private:
+    ErrorKind m_kind;
+};
+
+} // namespace accessfile

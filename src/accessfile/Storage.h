@@ -1,0 +1,165 @@
+#pragma once
+
+#include "accessfile/Value.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// The file as tables of rows: what the SQL layer stands on. Standard C++ only. All functions raise accessfile::Error.
+namespace accessfile {
+
+enum class ColumnType : std::uint8_t {
+    Bool = 0x01,
+    Byte = 0x02,
+    Int = 0x03,
+    Long = 0x04,
+    Money = 0x05,
+    Float = 0x06,
+    Double = 0x07,
+    Date = 0x08,
+    Binary = 0x09,
+    Text = 0x0A,
+    Ole = 0x0B,
+    Memo = 0x0C,
+    Guid = 0x0F,
+    Numeric = 0x10,
+    BigBinary = 0x11
+};
+
+struct Column
+{
+    std::string name;
+    ColumnType type = ColumnType::Text;
+    int length = 0; ///< Characters for Text, bytes for Binary; 0 where the type fixes it.
+    std::uint8_t precision = 0;
+    std::uint8_t scale = 0;
+    bool autonumber = false;
+    bool required = false;
+    bool allowZeroLength = true;
+    std::optional<std::string> defaultExpression; ///< Text of the expression as stored: 0, "x", Date(), Now().
+};
+
+struct IndexColumn
+{
+    int column = 0; ///< Position in Table::columns().
+    bool ascending = true;
+};
+
+struct Index
+{
+    std::string name;
+    std::vector<IndexColumn> columns;
+    bool unique = false;
+    bool primary = false;
+    bool required = false;
+    bool ignoreNulls = false;
+};
+
+/// Stable address of a row: it survives updates that move the row's bytes.
+struct RowId
+{
+    std::uint32_t page = 0;
+    std::uint8_t slot = 0;
+    auto operator<=>(const RowId&) const = default;
+};
+
+/// Bounds of a range over an index's first column; an absent bound is open. Both ends by the index's own order.
+struct KeyRange
+{
+    std::optional<Value> lower;
+    bool lowerInclusive = true;
+    std::optional<Value> upper;
+    bool upperInclusive = true;
+};
+
+/// Walks rows. Cells are decoded only when asked for. Not valid any more once the table has been changed.
+class Cursor
+{
+public:
+    virtual ~Cursor() = default;
+    virtual bool next() = 0;
+    [[nodiscard]] virtual RowId rowId() const = 0;
+    [[nodiscard]] virtual Value value(int column) const = 0;
+    /// Fast path for Text columns: appends the UTF-8 of the cell to `out`; false when the cell is Null.
+    virtual bool appendText(int column, std::string& out) const = 0;
+};
+
+class Table
+{
+public:
+    virtual ~Table() = default;
+    [[nodiscard]] virtual const std::string& name() const = 0;
+    [[nodiscard]] virtual const std::vector<Column>& columns() const = 0;
+    [[nodiscard]] virtual const std::vector<Index>& indexes() const = 0;
+    /// Position of a column, case ignored; -1 when there is none.
+    [[nodiscard]] virtual int columnIndex(std::string_view name) const = 0;
+
+    [[nodiscard]] virtual std::unique_ptr<Cursor> scan() const = 0;
+    /// Rows whose first key column lies in the range, in index order. Nulls are never in a range. Only for indexes that
+    /// hold every non-null row and whose keys are computable; usableForRange tells.
+    [[nodiscard]] virtual bool usableForRange(int index) const = 0;
+    [[nodiscard]] virtual std::unique_ptr<Cursor> range(int index, const KeyRange& range) const = 0;
+
+    /// Adds a row. `values` has one entry per column, already of the column's type; nullopt takes the autonumber, the
+    /// default or Null. Constraints are checked before anything is changed.
+    virtual RowId insert(std::span<const std::optional<Value>> values) = 0;
+    virtual void update(RowId row, std::span<const std::pair<int, Value>> changes) = 0;
+    virtual void erase(RowId row) = 0;
+};
+
+struct OpenOptions
+{
+    std::string password;
+    bool readOnly = false;
+    std::size_t cachePages = 4096;
+};
+
+/// Evaluates a stored default expression to a value of the column's type; set by the SQL layer.
+using DefaultEvaluator = std::function<Value(const Column&, std::string_view expression)>;
+
+/// An open file. Locked against every other process while it lives; opened read-only where it cannot be written.
+/// A statement is the unit of change: between beginStatement and commitStatement everything is in memory; commit makes
+/// it durable through the rollback journal, all or nothing; rollback forgets it.
+class Storage
+{
+public:
+    virtual ~Storage() = default;
+    [[nodiscard]] static std::unique_ptr<Storage> open(const std::filesystem::path& file, const OpenOptions& options);
+    /// Makes a blank file, with a database password when one is given; an existing file is an error.
+    static void create(const std::filesystem::path& file, std::string_view password = {});
+
+    [[nodiscard]] virtual bool isReadOnly() const = 0;
+    /// User tables, in catalog order.
+    [[nodiscard]] virtual std::vector<std::string> tableNames() const = 0;
+    /// Table by name, case ignored; nullptr when there is none. The pointer stays good until the file closes or the
+    /// table's definition is changed.
+    [[nodiscard]] virtual Table* table(std::string_view name) = 0;
+
+    virtual void createTable(const std::string& name, std::span<const Column> columns,
+                             std::span<const Index> indexes) = 0;
+    virtual void addColumn(const std::string& table, const Column& column) = 0;
+    virtual void createIndex(const std::string& table, const Index& index) = 0;
+    virtual void dropTable(const std::string& table) = 0;
+
+    virtual void beginStatement() = 0;
+    virtual void commitStatement() = 0;
+    virtual void rollbackStatement() noexcept = 0;
+
+    virtual void setDefaultEvaluator(DefaultEvaluator evaluator) = 0;
+    /// Self-check of the whole file: one line per fault, empty when it is sound.
+    [[nodiscard]] virtual std::vector<std::string> verify() = 0;
+};
+
+/// Sort key of a text in the file format's General order; equal keys mean equal texts (case and trailing blanks
+/// ignored, accents not). nullopt for a character outside the order.
+[[nodiscard]] std::optional<std::string> textSortKey(std::string_view utf8);
+
+} // namespace accessfile

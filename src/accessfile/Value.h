@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace accessfile {
+
+/// Currency of the file format: 64-bit, four decimals.
+struct Money
+{
+    std::int64_t scaled = 0; ///< Value times 10,000.
+    auto operator<=>(const Money&) const = default;
+};
+
+/// Days since 1899-12-30; the fraction points away from midnight of its day (-1.25 is 1899-12-29 06:00).
+struct DateTime
+{
+    double serial = 0;
+    bool operator==(const DateTime&) const = default;
+};
+
+/// Exact decimal of the file format: magnitude in 128 bits, most significant word first, with `scale` decimals.
+struct Numeric
+{
+    bool negative = false;
+    std::array<std::uint32_t, 4> magnitude{};
+    std::uint8_t scale = 0;
+    bool operator==(const Numeric&) const = default;
+};
+
+struct Guid
+{
+    std::array<std::uint8_t, 16> bytes{}; ///< In text order.
+    bool operator==(const Guid&) const = default;
+};
+
+using Bytes = std::vector<std::uint8_t>;
+using Null = std::monostate;
+
+/// A cell. Texts are UTF-8. BYTE, INT and LONG columns give std::int32_t.
+using Value = std::variant<Null, bool, std::int32_t, float, double, Money, DateTime, Numeric, Guid, std::string, Bytes>;
+
+[[nodiscard]] inline bool isNull(const Value& value)
+{
+    return std::holds_alternative<Null>(value);
+}
+
+} // namespace accessfile

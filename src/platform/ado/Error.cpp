@@ -1,0 +1,14 @@
+#include "platform/ado/Error.h"
+
+#include <utility>
+
+namespace ado {
+
+Error::Error(int number, QString text, QString statement)
+    : m_number(number)
+    , m_text(std::move(text))
+    , m_statement(std::move(statement))
+    , m_what((m_statement.isEmpty() ? m_text : m_text + QStringLiteral("\n") + m_statement).toUtf8())
+{}
+
+} // namespace ado

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <exception>
+
+namespace ado {
+
+/// Failure of a data source: the driver's or engine's number and text, and the statement that was refused.
+class Error : public std::exception
+{
+public:
+    Error(int number, QString text, QString statement = {});
+
+    [[nodiscard]] int number() const noexcept { return m_number; }
+    [[nodiscard]] const QString& text() const noexcept { return m_text; }
+    /// Empty when the failure belongs to no statement (connecting).
+    [[nodiscard]] const QString& statement() const noexcept { return m_statement; }
+    [[nodiscard]] const char* what() const noexcept override { return m_what.constData(); }
+
+private:
+    int m_number;
+    QString m_text;
+    QString m_statement;
+    QByteArray m_what;
+};
+
+} // namespace ado

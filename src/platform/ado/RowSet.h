@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/vb/Variant.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+namespace ado {
+
+enum class FieldType { Long, Double, Currency, Date, Text };
+
+struct Field
+{
+    QString name;
+    FieldType type = FieldType::Text;
+};
+
+/// The rows of a result set, all in memory and owned by nobody else. Cells are kept as compact bytes and become
+/// values only when they are read: numbers and dates in their binary form, texts as UTF-8.
+class RowSet
+{
+public:
+    explicit RowSet(std::vector<Field> fields = {});
+
+    [[nodiscard]] const std::vector<Field>& fields() const { return m_fields; }
+    /// Position of a field, upper and lower case alike; -1 when there is none.
+    [[nodiscard]] int fieldIndex(QStringView name) const;
+    [[nodiscard]] qsizetype rowCount() const;
+    [[nodiscard]] vb::Variant value(qsizetype row, int field) const;
+
+    // Providers append cells left to right, row by row.
+    void reserveRows(qsizetype rows);
+    void appendNull();
+    void appendLong(qint64 value);
+    void appendDouble(double value);
+    void appendCurrency(vb::Currency value);
+    void appendDate(vb::Date value);
+    void appendText(QByteArrayView utf8);
+    /// Address of the row just completed, where the back end has one; Session::updateRow gets it back.
+    void appendRowKey(quint64 key) { m_rowKeys.push_back(key); }
+    [[nodiscard]] quint64 rowKey(qsizetype row) const { return m_rowKeys.at(static_cast<std::size_t>(row)); }
+
+private:
+    std::vector<Field> m_fields;
+    std::vector<quint32> m_ends;
+    std::vector<char> m_bytes;
+    std::vector<quint64> m_rowKeys;
+};
+
+} // namespace ado

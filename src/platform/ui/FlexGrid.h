@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QTableView>
+
+#include <memory>
+
+namespace platform {
+
+class FlexGridModel;
+
+/// Text grid whose row 0 is the header and whose data rows start at 1. Widths are in twips (15 to a pixel at 96 dpi,
+/// scaled with the screen). Colours are numbers in blue-green-red byte order (65535 is yellow); 0 means none.
+/// Stays light with 100,000 rows: a row is one compact text plus a shared colour style.
+class FlexGrid : public QTableView
+{
+    Q_OBJECT
+
+public:
+    explicit FlexGrid(QWidget* parent = nullptr);
+    ~FlexGrid() override;
+
+    /// Rows counts the header. setRows keeps the first rows and adds empty ones.
+    [[nodiscard]] int Rows() const;
+    void setRows(int rows);
+    [[nodiscard]] int Cols() const;
+    void setCols(int cols);
+
+    /// Titles separated by "|"; sets Cols to at least their number. "<", ">" or "^" in front of a title aligns the
+    /// column left, right or centred.
+    void FormatString(const QString& titles);
+    void setColWidth(int column, int twips); ///< 0 hides the column.
+    [[nodiscard]] int ColWidth(int column) const;
+
+    [[nodiscard]] QString TextMatrix(int row, int column) const;
+    void setTextMatrix(int row, int column, const QString& text);
+    /// Appends a row of tab-separated cells; missing cells are empty, surplus ones dropped.
+    void AddItem(const QString& tabSeparatedCells);
+    void RemoveItem(int row);
+    /// Only the header stays; Cols, titles and widths are kept.
+    void clearRows();
+
+    /// Current cell. Row 0 when there is no data row. Setting them moves the selection, not the focus.
+    [[nodiscard]] int Row() const;
+    void setRow(int row);
+    [[nodiscard]] int Col() const;
+    void setCol(int column);
+
+    [[nodiscard]] quint32 CellBackColor(int row, int column) const;
+    void setCellBackColor(int row, int column, quint32 bgr);
+    void setRowBackColor(int row, quint32 bgr); ///< Every cell of the row, column 0 to Cols-1.
+    void setRowToolTip(int row, const QString& text);
+
+    /// Off while many rows are added; on shows them all at once.
+    [[nodiscard]] bool Redraw() const;
+    void setRedraw(bool on);
+
+    /// The marked rows (background 65535 in column 0), or else the current one, as tab-separated lines.
+    [[nodiscard]] QString copyText() const;
+
+Q_SIGNALS:
+    void Click(); ///< Left button released on a data row, which is then current.
+    void DblClick();
+    void KeyDown(QKeyEvent* event); ///< Before the grid's own handling; accept() to keep it.
+    void MouseUp(Qt::MouseButton button, QPoint globalPosition);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    std::unique_ptr<FlexGridModel> m_model;
+};
+
+} // namespace platform

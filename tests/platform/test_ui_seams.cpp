@@ -2,14 +2,24 @@
 #include "platform/ui/Application.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/DatePicker.h"
+#include "platform/ui/EnterMovesOn.h"
+#include "platform/ui/KeyFilter.h"
 #include "platform/ui/RealSeams.h"
+#include "platform/ui/WaitCursor.h"
+#include "platform/ui/WindowPlacement.h"
 #include "platform/vb/Error.h"
 
 #include <QApplication>
 #include <QCalendarWidget>
+#include <QClipboard>
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -268,6 +278,129 @@ private Q_SLOTS:
             picker->calendarWidget()->window()->grab().save(folder + QStringLiteral("/calendar.png"));
         QCOMPARE(picker->calendarWidget()->locale().name(), QStringLiteral("pt_BR"));
         picker->calendarWidget()->window()->close();
+    }
+
+    void filteredBox()
+    {
+        // Digits pass, a point becomes a comma, everything else is dropped, Enter and Backspace pass.
+        QList<int> codes;
+        const auto filter = [&codes](int code) {
+            codes.append(code);
+            if (code == '.')
+                return int(',');
+            return code == 8 || code == 13 || code == ',' || (code >= '0' && code <= '9') ? code : 0;
+        };
+        Window window;
+        auto* const box = new QLineEdit(&window);
+        new platform::KeyFilter(box, filter);
+        window.show();
+        const QSignalSpy entered(box, &QLineEdit::returnPressed);
+        QTest::keyClicks(box, QStringLiteral("a1b.2%"));
+        QCOMPARE(box->text(), QStringLiteral("1,2"));
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Period, Qt::KeypadModifier);
+        QCOMPARE(box->text(), QStringLiteral("1,,"));
+        QTest::keyClick(box, Qt::Key_Return);
+        QCOMPARE(entered.size(), 1);
+        QVERIFY(codes.contains(8) && codes.contains(13));
+        QTest::keyClick(box, Qt::Key_F4);
+        QVERIFY(window.keys.contains(Qt::Key_F4));
+
+        codes.clear();
+        QApplication::clipboard()->setText(QStringLiteral("R$ 3.45\n"));
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(box->text(), QStringLiteral("3,45"));
+        QCOMPARE(codes.size(), 7);
+        QTest::keyClick(box, Qt::Key_Left);
+        QTest::keyClick(box, Qt::Key_Delete);
+        QCOMPARE(box->text(), QStringLiteral("3,4"));
+
+        QContextMenuEvent wanted(QContextMenuEvent::Mouse, QPoint(3, 3), box->mapToGlobal(QPoint(3, 3)));
+        QApplication::sendEvent(box, &wanted);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        for (QAction* const action : menu->actions()) {
+            if (action->text().startsWith(QStringLiteral("Co&lar")))
+                action->trigger();
+        }
+        menu->close();
+        QCOMPARE(box->text(), QStringLiteral("3,43,45"));
+    }
+
+    void droppedEnterStaysInTheFilter()
+    {
+        Window window;
+        auto* const box = new QLineEdit(QStringLiteral("1"), &window);
+        new platform::KeyFilter(box, [](int) { return 0; });
+        window.show();
+        const QSignalSpy entered(box, &QLineEdit::returnPressed);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Backspace, Qt::Key_5})
+            QTest::keyClick(box, key);
+        QCOMPARE(box->text(), QStringLiteral("1"));
+        QCOMPARE(entered.size(), 0);
+        QVERIFY(window.keys.isEmpty());
+    }
+
+    void enterMovesOn()
+    {
+        Window window;
+        auto* const box = new QLineEdit(&window);
+        auto* const list = new QComboBox(&window);
+        auto* const last = new QPushButton(&window);
+        platform::EnterMovesOn mover;
+        mover.watch(box);
+        mover.watch(list);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Enter);
+        QVERIFY(list->hasFocus());
+        QTest::keyClick(list, Qt::Key_Return);
+        QVERIFY(last->hasFocus());
+        QVERIFY(window.keys.isEmpty());
+    }
+
+    void hourglassOnlyForLongWork()
+    {
+        {
+            const platform::WaitCursor wait;
+            QTest::qWait(50);
+            QVERIFY(!QGuiApplication::overrideCursor());
+            QTRY_VERIFY_WITH_TIMEOUT(QGuiApplication::overrideCursor(), 2000);
+        }
+        QVERIFY(!QGuiApplication::overrideCursor());
+    }
+
+    void windowPlacement()
+    {
+        const QTemporaryDir folder;
+        qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+        qunsetenv("PLANILHA_NO_PLACEMENT");
+        const auto shown = [](const QRect& placed, bool sliding = false) {
+            QWidget window;
+            window.setObjectName(QStringLiteral("frmteste"));
+            window.setGeometry(50, 60, 300, 200);
+            new platform::WindowPlacement(&window);
+            window.show();
+            const QRect found(window.pos(), window.size());
+            window.resize(placed.size());
+            window.move(placed.topLeft());
+            if (sliding) {
+                platform::WindowPlacement::keep(window);
+                window.move(700, 500);
+            }
+            window.close();
+            return found;
+        };
+        const QRect first(110, 90, 420, 310);
+        QCOMPARE(shown(first).size(), QSize(300, 200));
+        QCOMPARE(shown(QRect(5000, 5000, 100, 100)), first); // off every screen: not remembered
+        QCOMPARE(shown(QRect(20, 30, 350, 250), true), first);
+        QCOMPARE(shown(first), QRect(20, 30, 350, 250)); // as before it slid away
+        qputenv("PLANILHA_NO_PLACEMENT", "1");
+        QCOMPARE(shown(first).size(), QSize(300, 200));
     }
 };
 

@@ -1,12 +1,12 @@
 #include "platform/ui/Application.h"
 
 #include "platform/ui/PortugueseTexts.h"
+#include "platform/ui/VisibleFocus.h"
 
 #include <QApplication>
 #include <QFont>
 #include <QLocale>
 #include <QPalette>
-#include <QStyleFactory>
 
 #include <clocale>
 
@@ -51,7 +51,7 @@ void prepareApplication(QApplication& application)
     application.setApplicationName(QStringLiteral("Planilha de Bombas"));
     QApplication::installTranslator(new PortugueseTexts(&application));
 
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());
     QFont font = QApplication::font();
     font.setPointSize(fontPoints);

@@ -170,8 +170,9 @@ void FlexGrid::RemoveItem(int row)
         return;
     const int column = Col();
     const int current = Row();
+    const bool hasCurrent = currentIndex().isValid();
     m_model->removeRow(row - 1);
-    if (Rows() > 1)
+    if (hasCurrent && Rows() > 1)
         moveTo(std::min(current > row ? current - 1 : current, Rows() - 1), column);
 }
 

@@ -19,6 +19,8 @@ constexpr int advanceUnit = 64;
 constexpr double twipsPerInch = 1440;
 /// A cell makes its column grow up to this many average characters; a longer one is shortened with an ellipsis.
 constexpr int widestInCharacters = 40;
+/// Pixels that keep a title off the column's edges.
+constexpr int titleRoom = 8;
 
 } // namespace
 
@@ -104,7 +106,7 @@ void FlexGridWidths::noteTitle(int column, const QString& title)
 {
     const QFontMetrics metrics(m_view.horizontalHeader()->font());
     const int margin = m_view.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &m_view);
-    const int width = title.isEmpty() ? 0 : metrics.horizontalAdvance(title) + 2 * margin + 4;
+    const int width = title.isEmpty() ? 0 : metrics.horizontalAdvance(title) + 2 * margin + titleRoom;
     if (m_columns[column].title != width) {
         m_columns[column].title = width;
         m_stale = true;

@@ -1,6 +1,7 @@
 #include "platform/ui/RealSeams.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -68,7 +69,12 @@ MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QStrin
     preferred->setFocus();
 
     const QPointer<QWidget> window = owner;
+    const bool waiting = QGuiApplication::overrideCursor() != nullptr;
+    if (waiting)
+        QGuiApplication::setOverrideCursor(Qt::ArrowCursor); // now the program waits for the operator
     box->exec();
+    if (waiting)
+        QGuiApplication::restoreOverrideCursor();
     if (window)
         window->activateWindow(); // where no window manager does it, keys would go nowhere
     // The window under the box may be gone by now and the box with it; then nobody has agreed to anything.

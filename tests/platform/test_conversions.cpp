@@ -613,6 +613,9 @@ void TestConversions::dateTypeKeepsDayAndTimeApart()
     QCOMPARE(shortDate(QDate(2024, 3, 5)), QStringLiteral("05/03/2024"));
     QCOMPARE(shortDate(QDate()), QString());
     QCOMPARE(CDate(45356.5), (Date{45356.5}));
+    QCOMPARE(CDate(QStringLiteral("45356,5")), (Date{45356.5}));
+    QVERIFY(!Date{1e300}.date().isValid() && !Date{NoNumber}.date().isValid());
+    QCOMPARE(CStr(Date{-1e6}), QString());
     QCOMPARE(outcome([] { return CDate(1e7); }), QStringLiteral("error 6"));
     QCOMPARE(outcome([] { return CDate(QStringLiteral("32/13/2024")); }), QStringLiteral("error 13"));
 }
@@ -671,8 +674,6 @@ void TestConversions::shortcutsEqualTheGeneralWay()
         QVERIFY2(Format(formatted, u"##,#0.00") == formatted, text.constData());
     }
 }
-
-Q_DECLARE_METATYPE(vb::Variant)
 
 QTEST_GUILESS_MAIN(TestConversions)
 #include "test_conversions.moc"

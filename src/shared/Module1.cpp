@@ -5,9 +5,11 @@
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
+#include <QFocusEvent>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScreen>
+#include <QTimer>
 
 namespace Module1 {
 
@@ -17,7 +19,38 @@ constexpr int SeparatorLength = 112;
 constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
 
+class SelectOnFocus : public QObject
+{
+public:
+    explicit SelectOnFocus(QLineEdit& box)
+        : QObject(&box)
+        , m_box(box)
+    {
+        box.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusIn) {
+            // The click that brings the focus moves the caret after this event: select behind it.
+            if (static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason)
+                QTimer::singleShot(0, &m_box, [this] { seleciona_tudo(m_box); });
+            else
+                seleciona_tudo(m_box);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QLineEdit& m_box;
+};
+
 } // namespace
+
+void seleciona_ao_focar(QLineEdit& box)
+{
+    new SelectOnFocus(box); // Owned by the box.
+}
 
 char16_t filtra_numero(QLineEdit& box, char16_t key)
 {

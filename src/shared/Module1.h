@@ -24,6 +24,9 @@ namespace Module1 {
 /// Selects the whole text of a box.
 void seleciona_tudo(QLineEdit& box);
 
+/// Has a box select its whole text whenever it gets the focus, by key or by mouse.
+void seleciona_ao_focar(QLineEdit& box);
+
 /// Sum of a column over the data rows of a grid, each cell read as a number; an empty cell counts as 0.
 [[nodiscard]] vb::Currency soma_totais(const platform::FlexGrid& grid, int column);
 

@@ -4,8 +4,9 @@
 
 namespace platform {
 
-/// Date box shown as dd/mm/aaaa with a drop-down calendar in Portuguese. `Change` comes when the date really becomes
-/// another one, by the operator or by the program; blocked while signals are blocked.
+/// Date box shown as dd/mm/aaaa with a drop-down calendar in Portuguese (Alt+Down opens it; F4, Enter and Escape are
+/// left to the window). `Change` comes when the date really becomes another one, by the operator or by the program;
+/// blocked while signals are blocked. A typed date counts when it is complete: with Enter, Tab or on leaving.
 class DatePicker : public QDateEdit
 {
     Q_OBJECT
@@ -14,10 +15,21 @@ public:
     explicit DatePicker(QWidget* parent = nullptr);
 
     [[nodiscard]] QDate Value() const { return date(); }
-    void setValue(QDate date) { setDate(date); }
+    void setValue(QDate date);
+    void setDate(QDate date) { setValue(date); }
 
 Q_SIGNALS:
     void Change();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    void announce();
+    void openCalendar();
+
+    QDate m_announced;
 };
 
 } // namespace platform

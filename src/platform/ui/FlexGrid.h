@@ -7,10 +7,12 @@
 namespace platform {
 
 class FlexGridModel;
+class FlexGridWidths;
 
 /// Text grid whose row 0 is the header and whose data rows start at 1. Widths are in twips (15 to a pixel at 96 dpi,
 /// scaled with the screen). Colours are numbers in blue-green-red byte order (65535 is yellow); 0 means none.
 /// Stays light with 100,000 rows: a row is one compact text plus a shared colour style.
+/// A row or column that does not exist reads as an empty text or 0; setting something there does nothing.
 class FlexGrid : public QTableView
 {
     Q_OBJECT
@@ -26,10 +28,14 @@ public:
     void setCols(int cols);
 
     /// Titles separated by "|"; sets Cols to at least their number. "<", ">" or "^" in front of a title aligns the
-    /// column left, right or centred.
+    /// column left, right or centred; without one, numbers stand right and other texts left.
     void FormatString(const QString& titles);
-    void setColWidth(int column, int twips); ///< 0 hides the column.
+    /// Least width of the column; it grows with its title and cells. 0 hides the column.
+    void setColWidth(int column, int twips);
     [[nodiscard]] int ColWidth(int column) const;
+    void setColAlignment(int column, Qt::Alignment alignment);
+    /// The column that takes the free space of the grid; -1 (the default) for none.
+    void setStretchColumn(int column);
 
     [[nodiscard]] QString TextMatrix(int row, int column) const;
     void setTextMatrix(int row, int column, const QString& text);
@@ -39,7 +45,8 @@ public:
     /// Only the header stays; Cols, titles and widths are kept.
     void clearRows();
 
-    /// Current cell. Row 0 when there is no data row. Setting them moves the selection, not the focus.
+    /// Current cell. Row 0 when there is no data row; the first row that comes becomes current. Setting them moves the
+    /// selection, not the focus.
     [[nodiscard]] int Row() const;
     void setRow(int row);
     [[nodiscard]] int Col() const;
@@ -54,22 +61,35 @@ public:
     [[nodiscard]] bool Redraw() const;
     void setRedraw(bool on);
 
-    /// The marked rows (background 65535 in column 0), or else the current one, as tab-separated lines.
+    /// The marked rows (background 65535 in column 0), or else the current one, as tab-separated lines of the columns
+    /// that show.
     [[nodiscard]] QString copyText() const;
 
+    /// No search by typed letters: they belong to the window.
+    void keyboardSearch(const QString& search) override;
+
 Q_SIGNALS:
-    void Click(); ///< Left button released on a data row, which is then current.
+    void Click(); ///< Left button released on a data row, which is then current. Once for a double click.
     void DblClick();
     void KeyDown(QKeyEvent* event); ///< Before the grid's own handling; accept() to keep it.
     void MouseUp(Qt::MouseButton button, QPoint globalPosition);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
+    [[nodiscard]] bool isDataCell(int row, int column) const;
+    void moveTo(int row, int column);
+    void afterChange();
+
     std::unique_ptr<FlexGridModel> m_model;
+    std::unique_ptr<FlexGridWidths> m_widths;
+    bool m_pressedOnRow = false;
 };
 
 } // namespace platform

@@ -20,6 +20,8 @@ public:
     [[nodiscard]] QDateTime now() const override { return QDateTime::currentDateTime(); }
 };
 
+/// Runs pending events at most every few milliseconds, so that loops may call it for each of 100,000 rows. Called again
+/// by a handler that it has started, it repaints and runs timers but leaves keys and clicks for later.
 class ApplicationEvents : public EventPump
 {
 public:
@@ -28,6 +30,7 @@ public:
 
 private:
     QElapsedTimer m_sinceLast;
+    int m_depth = 0;
 };
 
 } // namespace platform

@@ -1,0 +1,61 @@
+#include "platform/ui/Application.h"
+
+#include "platform/ui/PortugueseTexts.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QLocale>
+#include <QPalette>
+#include <QStyleFactory>
+
+#include <clocale>
+
+namespace platform {
+
+namespace {
+
+constexpr int fontPoints = 10;
+
+QPalette calmPalette()
+{
+    const QColor window(0xF1, 0xF3, 0xF5);
+    const QColor text(0x1F, 0x2A, 0x33);
+    const QColor mark(0x2B, 0x6C, 0xA3);
+    QPalette palette(QColor(0xE4, 0xE9, 0xED), window);
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+        for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+            palette.setColor(group, role, text);
+    }
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::AlternateBase, QColor(0xF7, 0xF9, 0xFA));
+    palette.setColor(QPalette::Highlight, mark);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, QColor(0xFF, 0xFF, 0xF0));
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x76, 0x80, 0x88));
+    const QColor faded(0x8A, 0x93, 0x9B);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faded);
+    palette.setColor(QPalette::Disabled, QPalette::Base, window);
+    return palette;
+}
+
+} // namespace
+
+void prepareApplication(QApplication& application)
+{
+    // The database drivers read and write numbers with the C library, which must see the point as decimal sign.
+    std::setlocale(LC_NUMERIC, "C");
+    QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
+    // Not the display name: that would be added to every window title.
+    application.setApplicationName(QStringLiteral("Planilha de Bombas"));
+    QApplication::installTranslator(new PortugueseTexts(&application));
+
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(calmPalette());
+    QFont font = QApplication::font();
+    font.setPointSize(fontPoints);
+    QApplication::setFont(font);
+}
+
+} // namespace platform

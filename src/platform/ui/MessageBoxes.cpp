@@ -1,0 +1,82 @@
+#include "platform/ui/RealSeams.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+
+namespace platform {
+
+namespace {
+
+constexpr int buttonBits = 0x0F;
+constexpr int iconBits = 0xF0;
+
+/// A sum of several icon codes (80 = 16 + 64) shows the warning sign.
+QMessageBox::Icon iconOf(int style)
+{
+    switch (style & iconBits) {
+    case 0:
+        return QMessageBox::NoIcon;
+    case vbCritical:
+        return QMessageBox::Critical;
+    case vbQuestion:
+        return QMessageBox::Question;
+    case vbInformation:
+        return QMessageBox::Information;
+    default:
+        return QMessageBox::Warning;
+    }
+}
+
+} // namespace
+
+MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QString& title)
+{
+    QWidget* const owner =
+        QApplication::activeModalWidget() ? QApplication::activeModalWidget() : QApplication::activeWindow();
+    const QPointer<QMessageBox> box = new QMessageBox(owner);
+    box->setObjectName(QStringLiteral("MsgBox"));
+    box->setTextFormat(Qt::PlainText);
+    box->setText(QString(prompt).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    box->setWindowTitle(title.isEmpty() ? QStringLiteral("Planilha de Bombas") : title);
+    box->setIcon(iconOf(style));
+
+    QPushButton* first = nullptr;
+    QPushButton* second = nullptr;
+    MsgBoxResult firstResult = MsgBoxResult::Ok;
+    MsgBoxResult secondResult = MsgBoxResult::Ok;
+    switch (style & buttonBits) {
+    case vbYesNo:
+        first = box->addButton(QStringLiteral("&Sim"), QMessageBox::YesRole);
+        second = box->addButton(QStringLiteral("&Não"), QMessageBox::NoRole);
+        firstResult = MsgBoxResult::Yes;
+        secondResult = MsgBoxResult::No;
+        break;
+    case vbOKCancel:
+        first = box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+        second = box->addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+        secondResult = MsgBoxResult::Cancel;
+        break;
+    default:
+        first = box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+        break;
+    }
+    box->setEscapeButton(second ? second : first);
+    QPushButton* const preferred = second && (style & vbDefaultButton2) ? second : first;
+    box->setDefaultButton(preferred);
+    preferred->setFocus();
+
+    const QPointer<QWidget> window = owner;
+    box->exec();
+    if (window)
+        window->activateWindow(); // where no window manager does it, keys would go nowhere
+    // The window under the box may be gone by now and the box with it; then nobody has agreed to anything.
+    if (!box)
+        return secondResult;
+    const bool agreed = box->clickedButton() == first;
+    delete box;
+    return agreed ? firstResult : secondResult;
+}
+
+} // namespace platform

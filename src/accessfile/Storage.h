@@ -149,6 +149,9 @@ public:
     virtual void createIndex(const std::string& table, const Index& index) = 0;
     virtual void dropTable(const std::string& table) = 0;
 
+    /// Sets, changes or (empty) removes the database password; account ids are masked anew with it.
+    virtual void setPassword(std::string_view password) = 0;
+
     virtual void beginStatement() = 0;
     virtual void commitStatement() = 0;
     virtual void rollbackStatement() noexcept = 0;

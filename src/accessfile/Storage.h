@@ -137,6 +137,8 @@ public:
     static void create(const std::filesystem::path& file, std::string_view password = {});
 
     [[nodiscard]] virtual bool isReadOnly() const = 0;
+    /// Whether the open file would open with that password; one without password opens with any.
+    [[nodiscard]] virtual bool acceptsPassword(std::string_view password) const = 0;
     /// User tables, in catalog order.
     [[nodiscard]] virtual std::vector<std::string> tableNames() const = 0;
     /// Table by name, case ignored; nullptr when there is none. The pointer stays good until the file closes or the

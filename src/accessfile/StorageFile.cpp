@@ -25,8 +25,7 @@ StorageFile::StorageFile(FileSystem& files, const std::filesystem::path& file, c
     : m_context(files, file, options)
     , m_catalog(m_context, catalogPage, "MSysObjects", {})
 {
-    const std::string password = m_context.header.password();
-    if (!password.empty() && password != options.password)
+    if (!acceptsPassword(options.password))
         throw Error(ErrorKind::WrongPassword, "A senha do banco de dados não confere.");
     m_catalog.allowSystem();
     m_catalog.reload({});
@@ -52,6 +51,12 @@ void StorageFile::readCatalog()
         entries.push_back(std::move(entry));
     }
     m_entries = std::move(entries);
+}
+
+bool StorageFile::acceptsPassword(std::string_view password) const
+{
+    const std::string own = m_context.header.password();
+    return own.empty() || own == password;
 }
 
 std::vector<std::string> StorageFile::tableNames() const

@@ -27,6 +27,7 @@ public:
     StorageFile(FileSystem& files, const std::filesystem::path& file, const OpenOptions& options);
 
     [[nodiscard]] bool isReadOnly() const override { return m_context.pager.isReadOnly(); }
+    [[nodiscard]] bool acceptsPassword(std::string_view password) const override;
     [[nodiscard]] std::vector<std::string> tableNames() const override;
     [[nodiscard]] Table* table(std::string_view name) override;
     void createTable(const std::string& name, std::span<const Column> columns, std::span<const Index> indexes) override;

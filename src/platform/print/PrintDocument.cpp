@@ -14,6 +14,7 @@ namespace platform {
 namespace {
 
 constexpr int TwipsPerInch = 1440;
+constexpr double MillimetresPerInch = 25.4;
 constexpr double TwipsPerPoint = 20;
 
 } // namespace
@@ -24,7 +25,7 @@ PrintDocument::PrintDocument(QString title)
 
 QSizeF PrintDocument::paper() const
 {
-    return m_pageSize.size(QPageSize::Inch) * TwipsPerInch;
+    return m_pageSize.size(QPageSize::Millimeter) * TwipsPerInch / MillimetresPerInch;
 }
 
 PrintDocument::Page& PrintDocument::currentPage()

@@ -48,12 +48,18 @@ public:
 
     /// Begins a new row; it is written by Update.
     void AddNew();
-    /// Assigns a field of the new row, or of the current one; written by Update.
+    /// Assigns a field of the new row, or of the current one; written by Update (MoveNext and AddNew call it). The
+    /// value takes the field's type, texts by the regional settings; ado::Error 3421 when it cannot. After OpenToAdd an
+    /// unknown name or an unfit value is raised by Update.
     void SetField(QStringView name, vb::Variant value);
+    /// Writes the new row or the changed fields; does nothing when nothing is pending. A failed Update leaves the
+    /// assigned values pending.
     void Update();
     void Close();
 
 private:
+    void requireOpen() const; ///< ado::Error 3704 when it is closed.
+
     Session* m_session = nullptr;
     std::unique_ptr<Session> m_ownSession;
     QString m_source;

@@ -3,6 +3,7 @@
 #include "platform/vb/Variant.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <vector>
@@ -31,6 +32,7 @@ public:
     [[nodiscard]] vb::Variant value(qsizetype row, int field) const;
 
     // Providers append cells left to right, row by row.
+    /// Room for that many rows in all; once some rows are there, room for their bytes too, by the average so far.
     void reserveRows(qsizetype rows);
     void appendNull();
     void appendLong(qint64 value);
@@ -38,11 +40,17 @@ public:
     void appendCurrency(vb::Currency value);
     void appendDate(vb::Date value);
     void appendText(QByteArrayView utf8);
+    /// Cell of that type (or Null); `value` already holds the type's own alternative.
+    void append(FieldType type, const vb::Variant& value);
+    /// Puts new values, one per field and each of the field's type or Null, in the place of a row's cells.
+    void replaceRow(qsizetype row, const std::vector<vb::Variant>& values);
     /// Address of the row just completed, where the back end has one; Session::updateRow gets it back.
     void appendRowKey(quint64 key) { m_rowKeys.push_back(key); }
     [[nodiscard]] quint64 rowKey(qsizetype row) const { return m_rowKeys.at(static_cast<std::size_t>(row)); }
 
 private:
+    void appendBytes(const char* bytes, std::size_t length);
+
     std::vector<Field> m_fields;
     std::vector<quint32> m_ends;
     std::vector<char> m_bytes;

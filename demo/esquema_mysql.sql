@@ -1,0 +1,22 @@
+CREATE TABLE PlanilhaPosto (numeroDispositivo INT PRIMARY KEY, Descritivo VARCHAR(255), Leitura VARCHAR(50), DataInsert DATE, ProdVinculado DOUBLE, tanq VARCHAR(20));
+CREATE TABLE Leitura (CodigoI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, DataLT DATE, cdgBomba INT, LeitAnt VARCHAR(50), LeitAtu VARCHAR(50), Saldo VARCHAR(50), Obs VARCHAR(50), tanq VARCHAR(20), afericao VARCHAR(20));
+CREATE INDEX LeituraData ON Leitura (DataLT);
+CREATE INDEX LeituraBomba ON Leitura (cdgBomba);
+-- The log keeps the regional text of the day, as the program writes it; a DATE column of MySQL would refuse or lose it.
+CREATE TABLE ExcluidosLeituraBomba (produto VARCHAR(255), DataE VARCHAR(10), leitura VARCHAR(50), total VARCHAR(50));
+CREATE TABLE CadProdComb (codigoI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, Descritivo VARCHAR(255), codprod INT, valor DOUBLE, codigoEstoque DOUBLE);
+CREATE TABLE ControleProdComb (codigoI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, CodProd INT, DataOP DATE, descritivo VARCHAR(255), fornecedor VARCHAR(255), NumeroNota VARCHAR(50), cred DOUBLE, deb DOUBLE);
+CREATE INDEX ControleProduto ON ControleProdComb (CodProd);
+CREATE TABLE Estoque (codigo INT PRIMARY KEY, Discriminacao VARCHAR(255), quantidade DOUBLE, valorvenda DOUBLE);
+CREATE TABLE EstoqueDiversos (codigo INT, discriminacao VARCHAR(255), quantidade VARCHAR(50));
+CREATE TABLE Fornece (razao VARCHAR(255));
+CREATE TABLE DatEmit (RazaoSocial VARCHAR(255), IE VARCHAR(50), CNPJ VARCHAR(50), endereco VARCHAR(255), Municipio VARCHAR(100), telefone VARCHAR(50));
+CREATE TABLE config (baixardoestoqueplanilha VARCHAR(50));
+CREATE TABLE adm (nome VARCHAR(50), senh VARCHAR(50));
+CREATE TABLE tabafer (cdI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, tanque VARCHAR(20), dataf DATE, cmt DOUBLE, saldo DOUBLE);
+CREATE INDEX TabaferData ON tabafer (dataf);
+CREATE TABLE TANQUE_1 (id INT NOT NULL AUTO_INCREMENT PRIMARY KEY, cdI INT, cmA DOUBLE, ltsA VARCHAR(50));
+CREATE TABLE TANQUE_2 (id INT NOT NULL AUTO_INCREMENT PRIMARY KEY, cdI INT, cmA DOUBLE, ltsA VARCHAR(50));
+CREATE TABLE TANQUE_3 (id INT NOT NULL AUTO_INCREMENT PRIMARY KEY, cdI INT, cmA DOUBLE, ltsA VARCHAR(50));
+CREATE TABLE TANQUE_4 (id INT NOT NULL AUTO_INCREMENT PRIMARY KEY, cdI INT, cmA DOUBLE, ltsA VARCHAR(50));
+CREATE TABLE TANQUE_5 (id INT NOT NULL AUTO_INCREMENT PRIMARY KEY, cdI INT, cmA DOUBLE, ltsA VARCHAR(50));

@@ -1,0 +1,58 @@
+# Sourced by run and check: what they need on a Debian 12 machine, and how it gets there.
+
+packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev libcups2-dev"
+packages_to_run="qt6-qpa-plugins qt6-translations-l10n libqt6svg6 fonts-liberation odbc-mariadb mariadb-server-core
+    mariadb-client-core libcups2"
+packages_to_tour="xvfb openbox xauth"
+packages_to_test="mdbtools poppler-utils cups-daemon cups-client python3 libsqlite3-dev"
+
+# say TEXT...: what is being done, with the seconds since the start.
+started_at=$(date +%s)
+say() {
+    printf '[%3d s] %s\n' "$(($(date +%s) - started_at))" "$*"
+}
+
+fail() {
+    printf '%s\n' "$@" >&2
+    exit 1
+}
+
+# need_packages PACKAGE...: installs those that are missing, as root or with sudo.
+need_packages() {
+    missing=''
+    for package in "$@"; do
+        dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing="$missing $package"
+    done
+    [ -n "$missing" ] || return 0
+    as_root=''
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || fail "These packages are missing, and there is neither root nor sudo here:" \
+            "   $missing" "Ask whoever runs this machine for:" "    apt-get install --no-install-recommends$missing"
+        as_root=sudo
+    fi
+    say "installing:$missing"
+    # A service that a package brings is not started: the program and its tests start servers of their own.
+    if ! { $as_root apt-get -q update && $as_root env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 \
+        apt-get -q install -y --no-install-recommends $missing; } >"$build_log" 2>&1; then
+        tail -n 15 "$build_log" >&2
+        fail "The packages could not be installed (is the network there?). Install them by hand and start again:" \
+            "    apt-get install --no-install-recommends$missing"
+    fi
+}
+
+# build_preset PRESET [TARGET...]: configures and builds, quiet unless it fails.
+build_preset() {
+    preset=$1
+    shift
+    if ! cmake --preset "$preset" >"$build_log" 2>&1; then
+        cat "$build_log" >&2
+        fail "Configuring the build failed."
+    fi
+    say "building (preset $preset)"
+    if [ -t 1 ]; then
+        cmake --build --preset "$preset" ${1:+--target "$@"} || fail "The build failed."
+    elif ! cmake --build --preset "$preset" ${1:+--target "$@"} >"$build_log" 2>&1; then
+        grep -E 'error|FAILED' "$build_log" >&2 || tail -n 30 "$build_log" >&2
+        fail "The build failed."
+    fi
+}

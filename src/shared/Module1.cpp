@@ -1,0 +1,143 @@
+#include "shared/Module1.h"
+
+#include "platform/ui/FlexGrid.h"
+#include "platform/ui/Seams.h"
+#include "platform/vb/Conversion.h"
+#include "platform/vb/Format.h"
+
+#include <QFocusEvent>
+#include <QLineEdit>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+
+namespace Module1 {
+
+namespace {
+
+constexpr int SeparatorLength = 112;
+constexpr int TwipsPerInch = 1440;
+constexpr int SlideTwips = 150;
+
+class SelectOnFocus : public QObject
+{
+public:
+    explicit SelectOnFocus(QLineEdit& box)
+        : QObject(&box)
+        , m_box(box)
+    {
+        box.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusIn) {
+            // The click that brings the focus moves the caret after this event: select behind it.
+            if (static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason)
+                QTimer::singleShot(0, &m_box, [this] { seleciona_tudo(m_box); });
+            else
+                seleciona_tudo(m_box);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QLineEdit& m_box;
+};
+
+} // namespace
+
+void seleciona_ao_focar(QLineEdit& box)
+{
+    new SelectOnFocus(box); // Owned by the box.
+}
+
+char16_t filtra_numero(QLineEdit& box, char16_t key)
+{
+    constexpr char16_t Backspace = 8;
+    constexpr char16_t Enter = 13;
+    if (key == Backspace || key == Enter || key == u',')
+        return key;
+    if (key == u'.')
+        return u',';
+    if (key == u'-') {
+        const QString text = box.text();
+        if (!text.isEmpty() && !text.contains(u'-')) {
+            const int cursor = box.cursorPosition();
+            box.setText(u'-' + text);
+            box.setCursorPosition(cursor + 1);
+        }
+        return 0;
+    }
+    return key >= u'0' && key <= u'9' ? key : u'\0';
+}
+
+void seleciona_tudo(QLineEdit& box)
+{
+    box.setSelection(0, static_cast<int>(box.text().length()));
+}
+
+vb::Currency soma_totais(const platform::FlexGrid& grid, int column)
+{
+    vb::Currency sum;
+    for (int row = 1; row < grid.Rows(); ++row)
+        sum += vb::CCur(vb::leadingNumber(grid.TextMatrix(row, column)));
+    return sum;
+}
+
+void marca_linha(platform::FlexGrid& grid)
+{
+    const int row = grid.Row();
+    if (row < 1)
+        return;
+    grid.setRowBackColor(row, grid.CellBackColor(row, grid.Col()) == 0 ? MarkColour : 0);
+}
+
+void pinta_celula(platform::FlexGrid& grid, int column, quint32 bgr)
+{
+    grid.setCellBackColor(grid.Rows() - 1, column, bgr);
+}
+
+void formata_flexG(platform::FlexGrid& flexG)
+{
+    constexpr int widths[] = {700, 400, 900, 900, 800, 600, 700, 700, 700};
+    flexG.clearRows();
+    flexG.setCols(9);
+    flexG.FormatString(QStringLiteral("Data|CDG_B|Leit_AnT|Leit_At|Sald_Lts|UNT$|Tot$|TNQ|AFER"));
+    for (int column = 0; column < 9; ++column)
+        flexG.setColWidth(column, widths[column]);
+}
+
+void fecha_deslizando(QWidget& window, platform::EventPump& events)
+{
+    const QPointer<QWidget> alive = &window;
+    const int step = qMax(1, SlideTwips * window.logicalDpiX() / TwipsPerInch);
+    const int edge = window.screen()->geometry().right();
+    while (alive && window.isVisible() && window.x() <= edge) {
+        const QPoint before = window.pos();
+        window.move(before + QPoint(step, step));
+        events.DoEvents();
+        if (alive && window.pos() == before)
+            break;
+    }
+    if (alive)
+        window.close();
+}
+
+QString linha_traco()
+{
+    return QString(SeparatorLength, u'-');
+}
+
+QString linha_asterisco()
+{
+    return QString(SeparatorLength, u'*');
+}
+
+QString numero_planilha(const QDateTime& moment)
+{
+    const vb::Date date = vb::Date::fromQDateTime(moment);
+    return QStringLiteral("Nº ") + vb::Format(date, u"ddmmyy") + u'-' + vb::Format(date, u"hhmmnn");
+}
+
+} // namespace Module1

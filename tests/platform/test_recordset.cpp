@@ -1,0 +1,191 @@
+// Connection and Recordset as every window uses them, the same on both back ends.
+#include "platform/ado/Connection.h"
+#include "platform/ado/Error.h"
+#include "platform/ado/Recordset.h"
+#include "platform/vb/Error.h"
+#include "support/BothBackEnds.h"
+#include "support/StatementTrace.h"
+
+#include <QTest>
+
+using ado::Recordset;
+using vb::Variant;
+
+namespace {
+
+vb::Date day(int year, int month, int dayOfMonth, double time = 0)
+{
+    return vb::Date{static_cast<double>(QDate(1899, 12, 30).daysTo(QDate(year, month, dayOfMonth))) + time};
+}
+
+template <typename Operation>
+int adoNumber(Operation operation)
+{
+    try {
+        operation();
+    } catch (const ado::Error& error) {
+        return error.number();
+    }
+    return 0;
+}
+
+} // namespace
+
+class TestRecordset : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsEveryType_data() { support::BothBackEnds::addRows(); }
+    void readsEveryType()
+    {
+        FRESH_DATABASE(database);
+        database.script({QStringLiteral("create table Coisas (codigo integer, litros double, nome varchar(50), "
+                                        "data datetime)"),
+                         QStringLiteral("insert into Coisas (codigo, litros, nome, data) values (7, 0.1, "
+                                        "'Óleo ''Ação'' \U0001F6E2', '2024-03-15 06:00:00')"),
+                         QStringLiteral("insert into Coisas (codigo) values (-2000000000)"),
+                         QStringLiteral("insert into Coisas (codigo, nome, data) values (8, '', '1850-01-02')")});
+        Recordset rows;
+        rows.Open(QStringLiteral("Select * from Coisas order by codigo;"), database.connection());
+        QCOMPARE(rows.RecordCount(), 3);
+        QVERIFY(!rows.Eof());
+        QCOMPARE(rows.Fields(u"CODIGO"), Variant(-2000000000));
+        QVERIFY(rows.Fields(u"litros").isNull());
+        QVERIFY(rows.Fields(u"nome").isNull());
+        QVERIFY(rows.Fields(u"Data").isNull());
+        rows.MoveNext();
+        QCOMPARE(rows.Fields(0), Variant(7));
+        QCOMPARE(rows.Fields(1), Variant(0.1));
+        QCOMPARE(rows.Fields(rows.fieldIndex(u"NOME")), Variant(QStringLiteral("Óleo 'Ação' \U0001F6E2")));
+        QCOMPARE(rows.Fields(u"data"), Variant(day(2024, 3, 15, 0.25)));
+        rows.MoveNext();
+        QCOMPARE(rows.Fields(u"nome"), Variant(QString()));
+        QCOMPARE(rows.Fields(u"data"), Variant(day(1850, 1, 2)));
+        rows.MoveNext();
+        QVERIFY(rows.Eof());
+        QVERIFY_THROWS_EXCEPTION(vb::Error, rows.MoveNext());
+        QVERIFY_THROWS_EXCEPTION(vb::Error, (void)rows.Fields(u"nome"));
+        QCOMPARE(adoNumber([&] { (void)rows.Fields(u"nomes"); }), 3265);
+        QCOMPARE(adoNumber([&] { (void)rows.Fields(4); }), 3265);
+    }
+
+    void addsAndChangesRows_data() { support::BothBackEnds::addRows(); }
+    void addsAndChangesRows()
+    {
+        FRESH_DATABASE(database);
+        database.script({QStringLiteral("create table Razao (CodProd double, DataOP datetime, descritivo varchar(80), "
+                                        "cred double, nota varchar(20))")});
+        const QString source = QStringLiteral("Select * from Razao;");
+        Recordset added;
+        added.OpenToAdd(source, database.connection());
+        QVERIFY(added.Eof());
+        added.AddNew();
+        added.SetField(u"codprod", QStringLiteral("00012"));
+        added.SetField(u"DataOP", day(2024, 3, 15));
+        added.SetField(u"descritivo", QStringLiteral("Gasolina d'água \\ \"aditivada\""));
+        added.SetField(u"cred", QStringLiteral("1.234,50"));
+        added.SetField(u"nota", 1.5); // A number becomes its regional text in a text column.
+        added.Update();
+        added.AddNew();
+        added.SetField(u"codprod", 13.0);
+        added.SetField(u"nota", QString());
+        added.Update();
+        added.AddNew();
+        added.SetField(u"inexistente", 1.0);
+        QVERIFY(adoNumber([&] { added.Update(); }) != 0);
+
+        Recordset rows;
+        rows.Open(source, database.connection());
+        QCOMPARE(rows.RecordCount(), 2);
+        QCOMPARE(rows.Fields(u"cred"), Variant(1234.5));
+        rows.SetField(u"cred", vb::Currency::fromScaled(-10'000));
+        rows.SetField(u"nota", Variant());
+        QCOMPARE(rows.Fields(u"cred"), Variant(-1.0));
+        rows.Update();
+        rows.SetField(u"cred", 2.25); // The same row once more: its old values are now the new ones.
+        rows.Update();
+        rows.MoveNext();
+        QCOMPARE(rows.Fields(u"CodProd"), Variant(13.0));
+        QVERIFY_THROWS_EXCEPTION(ado::Error, rows.SetField(u"cred", QStringLiteral("abc")));
+        rows.SetField(u"descritivo", QStringLiteral("x"));
+        rows.MoveNext(); // Writes what is pending.
+        QVERIFY(rows.Eof());
+        QVERIFY_THROWS_EXCEPTION(vb::Error, rows.SetField(u"cred", 1.0));
+
+        const QList<QStringList> expected = {
+            {QStringLiteral("12"), QStringLiteral("2024-03-15 00:00:00"),
+             QStringLiteral("Gasolina d'água \\ \"aditivada\""), QStringLiteral("2.25"), QStringLiteral("NULL")},
+            {QStringLiteral("13"), QStringLiteral("NULL"), QStringLiteral("x"), QStringLiteral("NULL"), QString()}};
+        QCOMPARE(database.table(QStringLiteral("Razao"),
+                                {QStringLiteral("CodProd"), QStringLiteral("DataOP"), QStringLiteral("descritivo"),
+                                 QStringLiteral("cred"), QStringLiteral("nota")}),
+                 expected);
+    }
+
+    /// Rows that hold the same in every selected column: one Update changes one row.
+    void changesOneOfEqualRows_data() { support::BothBackEnds::addRows(); }
+    void changesOneOfEqualRows()
+    {
+        FRESH_DATABASE(database);
+        database.script({QStringLiteral("create table Estoque (codigo integer, quantidade double)"),
+                         QStringLiteral("insert into Estoque (codigo, quantidade) values (5, 100)"),
+                         QStringLiteral("insert into Estoque (codigo, quantidade) values (5, 100)")});
+        Recordset rows;
+        rows.Open(QStringLiteral("Select quantidade, codigo from estoque where codigo = 5"), database.connection());
+        rows.SetField(u"quantidade", 40.5);
+        rows.Update();
+        rows.Close();
+        QCOMPARE(adoNumber([&] { (void)rows.RecordCount(); }), 3704);
+        QCOMPARE(database.table(QStringLiteral("Estoque"), {QStringLiteral("quantidade")}),
+                 (QList<QStringList>{{QStringLiteral("40.5")}, {QStringLiteral("100")}}));
+    }
+
+    void tracesAndReportsStatements_data() { support::BothBackEnds::addRows(); }
+    void tracesAndReportsStatements()
+    {
+        FRESH_DATABASE(database);
+        const support::StatementTrace trace;
+        const QString create = QStringLiteral("create table  config  (baixardoestoqueplanilha varchar(20)) ");
+        const QString select = QStringLiteral("Select * from config ");
+        const QString insert = QStringLiteral("insert into config (baixardoestoqueplanilha)\r\nvalues('não')");
+        const QString wrong = QStringLiteral("Select * from  inexistente where a = ' x '");
+        database.script({create, insert});
+        Recordset rows;
+        rows.Open(select, database.connection());
+        rows.SetField(u"baixardoestoqueplanilha", QStringLiteral("nao"));
+        rows.Update();
+        Recordset other;
+        other.Open(select, database.connectionString());
+        QCOMPARE(other.Fields(0), Variant(QStringLiteral("nao")));
+        try {
+            rows.Open(wrong, database.connection());
+            QFAIL("a missing table is an error");
+        } catch (const ado::Error& error) {
+            QCOMPARE(error.statement(), wrong);
+            QVERIFY(error.text().contains(QStringLiteral("inexistente")));
+            QVERIFY(error.number() != 0);
+        }
+        QVERIFY_THROWS_EXCEPTION(ado::Error, database.connection().Execute(QStringLiteral("isto não é SQL")));
+        QCOMPARE(trace.lines(),
+                 (QStringList{QStringLiteral("exec ") + create,
+                              QStringLiteral("exec insert into config (baixardoestoqueplanilha)\\nvalues('não')"),
+                              QStringLiteral("open ") + select, QStringLiteral("open ") + select,
+                              QStringLiteral("open ") + wrong, QStringLiteral("exec isto não é SQL")}));
+    }
+
+    void closedConnection()
+    {
+        ado::Connection connection;
+        Recordset rows;
+        QCOMPARE(adoNumber([&] { connection.Execute(QStringLiteral("Update x set y = 1")); }), 3704);
+        QCOMPARE(adoNumber([&] { rows.Open(QStringLiteral("Select * from x"), connection); }), 3704);
+        QCOMPARE(adoNumber([&] { rows.OpenToAdd(QStringLiteral("Select * from x"), connection); }), 3704);
+        QCOMPARE(adoNumber([&] { (void)rows.Eof(); }), 3704);
+        QVERIFY(adoNumber([&] { connection.Open(QStringLiteral("DRIVER={Não existe};server=x")); }) != 0);
+        QVERIFY(!connection.isOpen());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecordset)
+#include "test_recordset.moc"

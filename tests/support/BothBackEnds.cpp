@@ -1,0 +1,134 @@
+#include "support/BothBackEnds.h"
+
+#include "support/MariaDbServer.h"
+
+#ifdef TEST_SUPPORT_ACCESS_ENGINE
+#include "accessfile/Storage.h"
+#endif
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTest>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace support {
+
+namespace {
+
+/// Rows of a text with tab between cells and quotes (doubled inside) around texts.
+QList<QStringList> parseCells(const QString& text)
+{
+    QList<QStringList> rows;
+    QStringList row;
+    QString cell;
+    bool isQuoted = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar character = text[i];
+        if (character == QLatin1Char('"')) {
+            if (isQuoted && i + 1 < text.size() && text[i + 1] == QLatin1Char('"')) {
+                cell += character;
+                ++i;
+            } else {
+                isQuoted = !isQuoted;
+            }
+        } else if (!isQuoted && (character == QLatin1Char('\t') || character == QLatin1Char('\n'))) {
+            row << std::exchange(cell, QString());
+            if (character == QLatin1Char('\n')) {
+                rows << std::exchange(row, QStringList());
+            }
+        } else {
+            cell += character;
+        }
+    }
+    return rows;
+}
+
+} // namespace
+
+void BothBackEnds::addRows()
+{
+    QTest::addColumn<QString>("backEnd");
+    QTest::newRow("access") << QStringLiteral("access");
+    QTest::newRow("mysql") << QStringLiteral("mysql");
+}
+
+QString BothBackEnds::missing(const QString& backEnd)
+{
+    if (backEnd == QLatin1StringView("mysql")) {
+        return MariaDbServer::isInstalled() ? QString() : QStringLiteral("no MariaDB server is installed");
+    }
+#ifdef TEST_SUPPORT_ACCESS_ENGINE
+    return {};
+#else
+    return QStringLiteral("this build has no Access engine");
+#endif
+}
+
+BothBackEnds::BothBackEnds(const QString& backEnd)
+    : m_isMySql(backEnd == QLatin1StringView("mysql"))
+{
+    if (m_isMySql) {
+        MariaDbServer& server = MariaDbServer::shared();
+        m_database = server.makeDatabase();
+        m_connectionString = server.connectionString(m_database);
+        m_connection.setConnectionTimeout(60);
+        m_connection.setCommandTimeout(400);
+        m_connection.setCursorLocation(ado::adUseClient);
+    } else {
+        m_database = m_folder.filePath(QStringLiteral("posto.mdb"));
+        m_connectionString = QStringLiteral("Driver={Microsoft Access Driver (*.mdb)};Dbq=") + m_database +
+                             QStringLiteral(";Uid=Admin;Pwd=8282;");
+#ifdef TEST_SUPPORT_ACCESS_ENGINE
+        accessfile::Storage::create(m_database.toStdString(), "8282");
+#endif
+    }
+    m_connection.Open(m_connectionString);
+}
+
+void BothBackEnds::script(const QStringList& statements)
+{
+    for (const QString& statement : statements) {
+        m_connection.Execute(statement);
+    }
+}
+
+QList<QStringList> BothBackEnds::table(const QString& name, const QStringList& columns) const
+{
+    if (m_isMySql) {
+        return MariaDbServer::shared().run(
+            QStringLiteral("SELECT %1 FROM %2").arg(columns.join(QLatin1Char(',')), name), m_database);
+    }
+    return readAccessTable(m_database, name, columns);
+}
+
+QList<QStringList> readAccessTable(const QString& file, const QString& name, const QStringList& columns)
+{
+    QProcess process;
+    process.start(QStringLiteral("mdb-export"),
+                  {QStringLiteral("-d"), QStringLiteral("\t"), QStringLiteral("-0"), QStringLiteral("NULL"),
+                   QStringLiteral("-D"), QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"),
+                   QStringLiteral("%Y-%m-%d %H:%M:%S"), file, name});
+    if (!process.waitForFinished() || process.exitCode() != 0) {
+        throw std::runtime_error("mdb-export: " + process.readAllStandardError().toStdString());
+    }
+    const QList<QStringList> all = parseCells(QString::fromUtf8(process.readAllStandardOutput()));
+    QList<QStringList> rows;
+    for (qsizetype i = 1; i < all.size(); ++i) {
+        QStringList row;
+        for (const QString& column : columns) {
+            const qsizetype position = all.first().indexOf(
+                QRegularExpression(QRegularExpression::escape(column), QRegularExpression::CaseInsensitiveOption));
+            if (position < 0) {
+                throw std::runtime_error("mdb-export: no column " + column.toStdString());
+            }
+            row << all[i].value(position);
+        }
+        rows << row;
+    }
+    return rows;
+}
+
+} // namespace support

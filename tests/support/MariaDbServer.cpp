@@ -1,0 +1,274 @@
+#include "support/MariaDbServer.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLockFile>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <csignal>
+#include <stdexcept>
+
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
+#endif
+
+namespace support {
+
+namespace {
+
+QString program(const QString& name)
+{
+    const QString found = QStandardPaths::findExecutable(name);
+    return found.isEmpty()
+               ? QStandardPaths::findExecutable(name, {QStringLiteral("/usr/sbin"), QStringLiteral("/usr/local/sbin")})
+               : found;
+}
+
+[[noreturn]] void fail(const QString& text)
+{
+    throw std::runtime_error(text.toStdString());
+}
+
+QString runProgram(const QString& name, const QStringList& arguments, const QByteArray& input = {})
+{
+    QProcess process;
+    process.start(program(name), arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        fail(name + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));
+    }
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+void write(const QString& path, const QString& text)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0) {
+        fail(path + QStringLiteral(": ") + file.errorString());
+    }
+}
+
+/// Data folder that every server starts from, made once per build folder.
+QString templateFolder()
+{
+    const QString cache = QStringLiteral(TEST_SUPPORT_CACHE);
+    QDir().mkpath(cache);
+    QLockFile lock(cache + QStringLiteral("/mariadb-template.lock"));
+    lock.setStaleLockTime(0);
+    if (!lock.lock()) {
+        fail(QStringLiteral("no lock in ") + cache);
+    }
+    const QString folder = cache + QStringLiteral("/mariadb-template");
+    if (!QDir(folder).exists()) {
+        const QString unfinished = folder + QStringLiteral(".unfinished");
+        QDir(unfinished).removeRecursively();
+        const QString options = cache + QStringLiteral("/mariadb-template.cnf");
+        write(options, QStringLiteral("[mariadbd]\ninnodb_log_file_size=4M\ninnodb_undo_tablespaces=0\n"));
+        runProgram(QStringLiteral("mariadb-install-db"),
+                   {QStringLiteral("--defaults-file=") + options, QStringLiteral("--datadir=") + unfinished,
+                    QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--user=root"),
+                    QStringLiteral("--skip-test-db")});
+        if (!QDir().rename(unfinished, folder)) {
+            fail(QStringLiteral("cannot name ") + folder);
+        }
+    }
+    return folder;
+}
+
+/// Folders of servers whose test process ended without removing them.
+void removeLeftovers()
+{
+    const QDir temporary(QDir::tempPath());
+    for (const QString& name : temporary.entryList({QStringLiteral("planilha-mariadb-*")}, QDir::Dirs)) {
+        const auto owner = name.section(QLatin1Char('-'), 2, 2).toInt();
+        if (owner > 0 && ::kill(owner, 0) != 0) {
+            QDir(temporary.filePath(name)).removeRecursively();
+        }
+    }
+}
+
+QString unescaped(QStringView cell)
+{
+    QString text;
+    for (qsizetype i = 0; i < cell.size(); ++i) {
+        if (cell[i] != QLatin1Char('\\') || i + 1 == cell.size()) {
+            text += cell[i];
+            continue;
+        }
+        const QChar code = cell[++i];
+        text += code == QLatin1Char('n')   ? QLatin1Char('\n')
+                : code == QLatin1Char('t') ? QLatin1Char('\t')
+                : code == QLatin1Char('0') ? QChar()
+                                           : code;
+    }
+    return text;
+}
+
+} // namespace
+
+bool MariaDbServer::isInstalled()
+{
+    return !program(QStringLiteral("mariadbd")).isEmpty() && !program(QStringLiteral("mariadb-install-db")).isEmpty() &&
+           !program(QStringLiteral("mariadb")).isEmpty();
+}
+
+MariaDbServer& MariaDbServer::shared()
+{
+    static std::unique_ptr<MariaDbServer> server;
+    if (!server) {
+        server = std::make_unique<MariaDbServer>();
+        qAddPostRoutine([] { server.reset(); });
+    }
+    return *server;
+}
+
+MariaDbServer::MariaDbServer()
+{
+    static int servers = 0;
+    removeLeftovers();
+    const auto process = static_cast<int>(QCoreApplication::applicationPid());
+    const int number = servers++;
+    m_host = QStringLiteral("127.%1.%2.%3")
+                 .arg(1 + (number % 3) * 64 + ((process >> 16) & 63))
+                 .arg((process >> 8) & 255)
+                 .arg(process & 255);
+    m_folder = QDir::tempPath() + QStringLiteral("/planilha-mariadb-%1-%2").arg(process).arg(number);
+    QDir().mkpath(m_folder);
+    runProgram(QStringLiteral("cp"), {QStringLiteral("-a"), templateFolder(), m_folder + QStringLiteral("/data")});
+    write(m_folder + QStringLiteral("/init.sql"),
+          QStringLiteral("CREATE USER IF NOT EXISTS '%1'@'%' IDENTIFIED BY '%2';\nGRANT ALL ON *.* TO '%1'@'%';\n")
+              .arg(user(), password()));
+    write(
+        m_folder + QStringLiteral("/my.cnf"),
+        QStringLiteral("[mariadbd]\nuser=root\ndatadir=%1/data\nsocket=%1/s\npid-file=%1/pid\nlog-error=%1/server.log\n"
+                       "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
+                       "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
+                       "innodb_log_file_size=4M\ninnodb_undo_tablespaces=0\ninnodb_buffer_pool_size=32M\n"
+                       "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")
+            .arg(m_folder, m_host));
+    start();
+}
+
+MariaDbServer::~MariaDbServer()
+{
+    kill();
+    QDir(m_folder).removeRecursively();
+}
+
+QString MariaDbServer::connectionString(const QString& database) const
+{
+    return QStringLiteral("DRIVER={MySQL ODBC 3.51 Driver};user=") + user() + QStringLiteral(";password=") +
+           password() + QStringLiteral(";database=") + database + QStringLiteral(";server=") + m_host +
+           QStringLiteral(";option=18475");
+}
+
+void MariaDbServer::start()
+{
+    const QString log = m_folder + QStringLiteral("/server.log");
+    QFile::remove(log);
+#ifdef Q_OS_LINUX
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+#endif
+    m_process.setStandardOutputFile(QProcess::nullDevice());
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(program(QStringLiteral("mariadbd")),
+                    {QStringLiteral("--defaults-file=") + m_folder + QStringLiteral("/my.cnf")});
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        QFile file(log);
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        if (text.contains("ready for connections")) {
+            return;
+        }
+        if (m_process.waitForFinished(20) || waited.elapsed() > 60'000) {
+            fail(QStringLiteral("mariadbd does not start: ") + QString::fromUtf8(text));
+        }
+    }
+}
+
+void MariaDbServer::stop()
+{
+    m_process.terminate();
+    if (!m_process.waitForFinished(60'000)) {
+        kill();
+    }
+}
+
+void MariaDbServer::kill()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill();
+        m_process.waitForFinished(30'000);
+    }
+}
+
+void MariaDbServer::restart()
+{
+    stop();
+    start();
+}
+
+void MariaDbServer::pause()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+}
+
+void MariaDbServer::resume()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+}
+
+QList<QStringList> MariaDbServer::run(const QString& statements, const QString& database) const
+{
+    QStringList arguments = {QStringLiteral("--no-defaults"),
+                             QStringLiteral("--protocol=TCP"),
+                             QStringLiteral("--host=") + m_host,
+                             QStringLiteral("--user=") + user(),
+                             QStringLiteral("--password=") + password(),
+                             QStringLiteral("--default-character-set=utf8mb4"),
+                             QStringLiteral("--batch"),
+                             QStringLiteral("--skip-column-names")};
+    if (!database.isEmpty()) {
+        arguments << database;
+    }
+    const QString output = runProgram(QStringLiteral("mariadb"), arguments, statements.toUtf8());
+    QList<QStringList> rows;
+    for (const QString& line : output.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        QStringList row;
+        for (const QString& cell : line.split(QLatin1Char('\t'))) {
+            row << unescaped(cell);
+        }
+        rows << row;
+    }
+    return rows;
+}
+
+QString MariaDbServer::makeDatabase()
+{
+    const QString name = QStringLiteral("posto%1").arg(++m_databases);
+    run(QStringLiteral("CREATE DATABASE %1").arg(name));
+    return name;
+}
+
+void MariaDbServer::clearStatementLog() const
+{
+    run(QStringLiteral("SET GLOBAL general_log = OFF; TRUNCATE mysql.general_log; SET GLOBAL general_log = ON;"));
+}
+
+QStringList MariaDbServer::statementLog() const
+{
+    QStringList statements;
+    for (const QStringList& row : run(QStringLiteral(
+             "SET GLOBAL general_log = OFF; SELECT argument FROM mysql.general_log "
+             "WHERE command_type IN ('Query', 'Execute') AND argument <> 'SET GLOBAL general_log = OFF';"))) {
+        statements << row.join(QLatin1Char('\t'));
+    }
+    return statements;
+}
+
+} // namespace support

@@ -88,28 +88,39 @@ Value LongValues::value(const ColumnDefinition& column, ByteView descriptor) con
     return text;
 }
 
-Bytes LongValues::write(const ColumnDefinition& column, const Value& value)
+LongValues::Prepared LongValues::prepare(const ColumnDefinition& column, const Value& value)
 {
-    Bytes content;
-    std::size_t plainLength = 0;
+    Prepared prepared;
     if (column.type == ColumnType::Memo) {
         const std::string* text = std::get_if<std::string>(&value);
         if (text == nullptr)
             throw Error(ErrorKind::TypeMismatch, "O valor não é do tipo da coluna '" + column.name + "'.");
-        content = toStoredText(*text, false);
-        plainLength = content.size();
+        prepared.content = toStoredText(*text, false);
+        prepared.plainLength = prepared.content.size();
         // The form is chosen by the plain length; chains are never compressed.
-        if (plainLength <= longestInOneRow && (plainLength <= longestInline || column.compressible))
-            content = toStoredText(*text, true);
+        if (prepared.plainLength <= longestInOneRow && (prepared.plainLength <= longestInline || column.compressible))
+            prepared.content = toStoredText(*text, true);
     } else {
         const Bytes* bytes = std::get_if<Bytes>(&value);
         if (bytes == nullptr)
             throw Error(ErrorKind::TypeMismatch, "O valor não é do tipo da coluna '" + column.name + "'.");
-        content = *bytes;
-        plainLength = content.size();
+        prepared.content = *bytes;
+        prepared.plainLength = bytes->size();
     }
-    if (content.size() > lengthMask)
+    if (prepared.content.size() > lengthMask)
         throw Error(ErrorKind::TooLong, "O campo '" + column.name + "' é pequeno demais para o valor.");
+    return prepared;
+}
+
+Bytes LongValues::Prepared::placeholder() const
+{
+    return Bytes(descriptorLength + (plainLength <= longestInline ? content.size() : 0), 0);
+}
+
+Bytes LongValues::write(const ColumnDefinition& column, const Prepared& prepared)
+{
+    const Bytes& content = prepared.content;
+    const std::size_t plainLength = prepared.plainLength;
     if (plainLength <= longestInline) {
         Bytes descriptor = makeDescriptor(content.size(), inlineKind, {}, 0);
         append(descriptor, content);

@@ -17,8 +17,17 @@ public:
     /// Value of a memo or OLE cell.
     [[nodiscard]] Value value(const ColumnDefinition& column, ByteView descriptor) const;
 
+    /// A value ready to be stored: checked and encoded, nothing changed yet.
+    struct Prepared
+    {
+        Bytes content;
+        std::size_t plainLength = 0; ///< What the storage form is chosen by.
+        /// Bytes of the size that the descriptor will have.
+        [[nodiscard]] Bytes placeholder() const;
+    };
+    [[nodiscard]] static Prepared prepare(const ColumnDefinition& column, const Value& value);
     /// Stores a value and returns its descriptor.
-    [[nodiscard]] Bytes write(const ColumnDefinition& column, const Value& value);
+    [[nodiscard]] Bytes write(const ColumnDefinition& column, const Prepared& prepared);
     /// Gives back the pages of a value.
     void free(const ColumnDefinition& column, ByteView descriptor);
 

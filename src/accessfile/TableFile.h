@@ -1,6 +1,7 @@
 #pragma once
 
 #include "accessfile/Context.h"
+#include "accessfile/Keys.h"
 #include "accessfile/Properties.h"
 #include "accessfile/RowCodec.h"
 
@@ -61,6 +62,19 @@ public:
 private:
     void describe();
     [[nodiscard]] std::string refusal() const;
+    /// Keys of a row, one for each physical index; none where the index leaves the row out.
+    [[nodiscard]] std::vector<std::optional<IndexKey>> keysOf(const std::function<Value(std::size_t)>& valueOf) const;
+    void checkUnique(const std::vector<std::optional<IndexKey>>& keys, std::optional<RowId> except) const;
+    void checkValue(std::size_t column, const Value& value) const;
+    void encodeInto(std::size_t index, const Value& value, std::optional<Bytes>& cell,
+                    std::optional<LongValues::Prepared>& prepared) const;
+    [[nodiscard]] RowReader openRow(RowId row) const;
+    [[nodiscard]] RowId placeRow(ByteView row, bool asTarget);
+    void storeRow(RowId row, RowId place, const Bytes& bytes);
+    void removeTarget(RowId place);
+    void markRoom(PageNumber page);
+    void indexInsert(std::size_t index, const IndexKey& key, RowId row);
+    void indexErase(std::size_t index, const IndexKey& key, RowId row);
 
     Context& m_context;
     PageNumber m_page;

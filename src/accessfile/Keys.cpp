@@ -1,0 +1,170 @@
+#include "accessfile/Keys.h"
+
+#include "accessfile/RowCodec.h"
+#include "accessfile/TextOrder.h"
+
+#include <algorithm>
+
+namespace accessfile {
+
+namespace {
+
+constexpr std::size_t block = 8;
+
+/// Big-endian copy of a little-endian stored number.
+Bytes reversed(ByteView stored)
+{
+    return {stored.rbegin(), stored.rend()};
+}
+
+void invert(Bytes& bytes, std::size_t from)
+{
+    for (std::size_t i = from; i < bytes.size(); ++i)
+        bytes[i] = static_cast<std::uint8_t>(~bytes[i]);
+}
+
+/// Blocks of eight bytes, zero padded, each followed by 9 when more follows or by its own length.
+void appendBlocks(ByteView bytes, bool ascending, Bytes& key)
+{
+    for (std::size_t at = 0; at < bytes.size(); at += block) {
+        const std::size_t length = std::min(block, bytes.size() - at);
+        const bool more = at + length < bytes.size();
+        Bytes part(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                   bytes.begin() + static_cast<std::ptrdiff_t>(at + length));
+        part.resize(block);
+        if (!more)
+            part.push_back(static_cast<std::uint8_t>(length));
+        if (!ascending)
+            invert(part, 0);
+        if (more)
+            part.push_back(block + 1);
+        append(key, part);
+    }
+}
+
+void appendText(const ColumnDefinition& column, const Value& value, bool ascending, Bytes& key)
+{
+    const std::string* text = std::get_if<std::string>(&value);
+    if (text == nullptr)
+        throw Error(ErrorKind::TypeMismatch, "O valor não é do tipo da coluna '" + column.name + "'.");
+    const std::size_t start = key.size();
+    if (!column.generalOrder)
+        throw Error(ErrorKind::ReadOnly,
+                    "A coluna '" + column.name + "' usa uma ordem de classificação que não é atendida.");
+    if (!appendTextKey(*text, key))
+        throw Error(ErrorKind::TypeMismatch, "O texto da coluna indexada '" + column.name +
+                                                 "' tem um caractere que o programa não sabe classificar.");
+    if (!ascending) {
+        invert(key, start);
+        key.push_back(0x00);
+    }
+}
+
+} // namespace
+
+void appendKeyPart(const ColumnDefinition& column, const Value& value, bool ascending, Bytes& key)
+{
+    if (column.type == ColumnType::Bool) {
+        const bool* flag = std::get_if<bool>(&value);
+        const bool on = flag != nullptr && *flag;
+        key.push_back(ascending ? 0x7F : 0x80);
+        key.push_back(on == ascending ? 0x00 : 0xFF);
+        return;
+    }
+    if (isNull(value)) {
+        key.push_back(ascending ? 0x00 : 0xFF);
+        return;
+    }
+    key.push_back(ascending ? 0x7F : 0x80);
+    if (column.isText()) {
+        appendText(column, value, ascending, key);
+        return;
+    }
+    const Bytes stored = encodeCell(column, value);
+    Bytes part;
+    switch (column.type) {
+    case ColumnType::Byte:
+        part = stored;
+        break;
+    case ColumnType::Int:
+    case ColumnType::Long:
+    case ColumnType::Money:
+        part = reversed(stored);
+        part[0] ^= 0x80;
+        break;
+    case ColumnType::Float:
+    case ColumnType::Double:
+    case ColumnType::Date:
+        part = reversed(stored);
+        if ((part[0] & 0x80) != 0)
+            invert(part, 0);
+        else
+            part[0] ^= 0x80;
+        break;
+    case ColumnType::Numeric: {
+        const bool negative = stored[0] != 0;
+        part.push_back(0);
+        for (std::size_t i = 0; i < 4; ++i)
+            append(part, reversed(ByteView(stored).subspan(1 + 4 * i, 4)));
+        // Descending keys of this type are refused before; both readings of the format agree on the ascending form.
+        if (negative)
+            invert(part, 0);
+        part[0] = negative ? 0x00 : 0xFF;
+        break;
+    }
+    case ColumnType::Guid:
+        appendBlocks(std::get<Guid>(value).bytes, ascending, key);
+        return;
+    case ColumnType::Binary:
+        appendBlocks(stored, ascending, key);
+        return;
+    default:
+        throw Error(ErrorKind::ReadOnly, "O índice da coluna '" + column.name + "' não é atendido.");
+    }
+    if (!ascending)
+        invert(part, 0);
+    append(key, part);
+}
+
+void shortenKey(Bytes& key)
+{
+    constexpr std::array<std::uint16_t, 8> table = {0x0580, 0x0F80, 0x1B80, 0x3380, 0x6380, 0xC380, 0x8381, 0x0383};
+    if (key.size() <= longestKey)
+        return;
+    unsigned check = 0;
+    for (std::size_t i = longestKey - 2; i < key.size(); ++i) {
+        check ^= static_cast<unsigned>(key[i]) << 8;
+        if (i + 1 == key.size())
+            break;
+        unsigned mixed = 0;
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            if ((check >> bit & 1) != 0)
+                mixed ^= table[bit];
+        }
+        check = check >> 8 ^ mixed;
+    }
+    key.resize(longestKey - 2);
+    key.push_back(static_cast<std::uint8_t>(check >> 8 & 0xFF));
+    key.push_back(static_cast<std::uint8_t>(check & 0xFF));
+}
+
+IndexKey makeKey(const TableDefinition& definition, const PhysicalIndex& index,
+                 const std::function<Value(std::size_t)>& valueOf)
+{
+    IndexKey key;
+    for (const KeyColumn& part : index.columns) {
+        const int position = definition.columnById(part.id);
+        if (position < 0)
+            throwDamaged("índice sobre uma coluna que não existe");
+        const ColumnDefinition& column = definition.columns[static_cast<std::size_t>(position)];
+        const Value value = valueOf(static_cast<std::size_t>(position));
+        const bool null = isNull(value) && column.type != ColumnType::Bool;
+        key.anyNull = key.anyNull || null;
+        key.allNull = key.allNull && null;
+        appendKeyPart(column, value, part.ascending, key.bytes);
+    }
+    shortenKey(key.bytes);
+    return key;
+}
+
+} // namespace accessfile

@@ -4,17 +4,19 @@ namespace accessfile {
 
 int Error::number() const noexcept
 {
+    if (m_number != 0)
+        return m_number;
     switch (m_kind) {
     case ErrorKind::CannotOpen:
         return -1811;
     case ErrorKind::Locked:
-        return -1507;
+        return -1024;
     case ErrorKind::NotADatabase:
         return -1206;
     case ErrorKind::WrongPassword:
         return -1905;
     case ErrorKind::Damaged:
-        return -1206;
+        return -1028;
     case ErrorKind::ReadOnly:
         return -1809;
     case ErrorKind::Syntax:
@@ -28,7 +30,7 @@ int Error::number() const noexcept
     case ErrorKind::DuplicateKey:
         return -1605;
     case ErrorKind::NullNotAllowed:
-        return -3314;
+        return -3701;
     case ErrorKind::TooLong:
         return -3163;
     case ErrorKind::Duplicate:

@@ -5,7 +5,8 @@
 
 namespace accessfile {
 
-/// What went wrong, for callers that react to the kind; the message is for the operator, in Portuguese.
+/// What went wrong, for callers that react to the kind. The message is for the operator: that of a statement in the
+/// words of the Access driver, that of a file in Portuguese.
 enum class ErrorKind {
     CannotOpen,   ///< Missing file, no permission, I/O error.
     Locked,       ///< Another process has the file.
@@ -34,12 +35,20 @@ public:
         , m_kind(kind)
     {}
 
+    /// With the driver's number for this very message, where its kind has several.
+    Error(ErrorKind kind, const std::string& message, int number)
+        : std::runtime_error(message)
+        , m_kind(kind)
+        , m_number(number)
+    {}
+
     [[nodiscard]] ErrorKind kind() const noexcept { return m_kind; }
-    /// The number that the Access driver reports for this kind.
+    /// The number that the Access driver reports for the message, else for its kind.
     [[nodiscard]] int number() const noexcept;
 
 private:
     ErrorKind m_kind;
+    int m_number = 0; ///< 0: the kind's.
 };
 
 } // namespace accessfile

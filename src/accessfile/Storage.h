@@ -137,6 +137,8 @@ public:
     static void create(const std::filesystem::path& file, std::string_view password = {});
 
     [[nodiscard]] virtual bool isReadOnly() const = 0;
+    /// Whether the open file would open with that password; one without password opens with any.
+    [[nodiscard]] virtual bool acceptsPassword(std::string_view password) const = 0;
     /// User tables, in catalog order.
     [[nodiscard]] virtual std::vector<std::string> tableNames() const = 0;
     /// Table by name, case ignored; nullptr when there is none. The pointer stays good until the file closes or the
@@ -148,6 +150,9 @@ public:
     virtual void addColumn(const std::string& table, const Column& column) = 0;
     virtual void createIndex(const std::string& table, const Index& index) = 0;
     virtual void dropTable(const std::string& table) = 0;
+
+    /// Sets, changes or (empty) removes the database password; account ids are masked anew with it.
+    virtual void setPassword(std::string_view password) = 0;
 
     virtual void beginStatement() = 0;
     virtual void commitStatement() = 0;

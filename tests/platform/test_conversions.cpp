@@ -7,7 +7,6 @@
 #include <charconv>
 #include <clocale>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <random>
 
@@ -98,8 +97,6 @@ private slots:
     void currencyArithmetic();
     void nullAndKinds();
     void shortcutsEqualTheGeneralWay();
-    void speed_data();
-    void speed();
 };
 
 void TestConversions::initTestCase()
@@ -616,6 +613,9 @@ void TestConversions::dateTypeKeepsDayAndTimeApart()
     QCOMPARE(shortDate(QDate(2024, 3, 5)), QStringLiteral("05/03/2024"));
     QCOMPARE(shortDate(QDate()), QString());
     QCOMPARE(CDate(45356.5), (Date{45356.5}));
+    QCOMPARE(CDate(QStringLiteral("45356,5")), (Date{45356.5}));
+    QVERIFY(!Date{1e300}.date().isValid() && !Date{NoNumber}.date().isValid());
+    QCOMPARE(CStr(Date{-1e6}), QString());
     QCOMPARE(outcome([] { return CDate(1e7); }), QStringLiteral("error 6"));
     QCOMPARE(outcome([] { return CDate(QStringLiteral("32/13/2024")); }), QStringLiteral("error 13"));
 }
@@ -674,31 +674,6 @@ void TestConversions::shortcutsEqualTheGeneralWay()
         QVERIFY2(Format(formatted, u"##,#0.00") == formatted, text.constData());
     }
 }
-
-void TestConversions::speed_data()
-{
-    QTest::addColumn<std::function<void()>>("work");
-    const QString text = QStringLiteral("1.234.567,89");
-    const Variant date = day(2024, 3, 5);
-    const QString dateAsText = QStringLiteral("05/03/2024");
-    QTest::newRow("CDbl") << std::function<void()>([text] { (void)CDbl(text); });
-    QTest::newRow("Format text") << std::function<void()>([text] { (void)Format(text, u"##,#0.00"); });
-    QTest::newRow("Format double") << std::function<void()>([] { (void)Format(1234567.891, u"##,#0.00"); });
-    QTest::newRow("Format date") << std::function<void()>([date] { (void)Format(date, u"dd/mm/yy"); });
-    QTest::newRow("Format date text") << std::function<void()>([dateAsText] { (void)Format(dateAsText, u"dd/mm/yy"); });
-}
-
-void TestConversions::speed()
-{
-    QFETCH(std::function<void()>, work);
-    QBENCHMARK
-    {
-        work();
-    }
-}
-
-Q_DECLARE_METATYPE(vb::Variant)
-Q_DECLARE_METATYPE(std::function<void()>)
 
 QTEST_GUILESS_MAIN(TestConversions)
 #include "test_conversions.moc"

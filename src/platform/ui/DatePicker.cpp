@@ -2,9 +2,12 @@
 
 #include <QApplication>
 #include <QCalendarWidget>
+#include <QClipboard>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QLocale>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
@@ -29,6 +32,7 @@ DatePicker::DatePicker(QWidget* parent)
 
 void DatePicker::setValue(QDate date)
 {
+    m_typing.reset();
     QDateEdit::setDate(date);
     if (signalsBlocked())
         m_announced = this->date();
@@ -37,30 +41,136 @@ void DatePicker::setValue(QDate date)
 /// The base class repeats its signal when Enter confirms an unchanged date.
 void DatePicker::announce()
 {
+    m_typing.reset();
     if (m_announced == date())
         return;
     m_announced = date();
     Q_EMIT Change();
 }
 
+void DatePicker::beginTyping()
+{
+    if (m_typing)
+        return;
+    const int position = lineEdit()->hasSelectedText() ? lineEdit()->selectionStart() : lineEdit()->cursorPosition();
+    m_typing.emplace(date(), DateTyping::sectionAt(position));
+}
+
+void DatePicker::showTyping()
+{
+    const QSignalBlocker quiet(lineEdit()); // the base class would judge the unfinished date
+    lineEdit()->setText(m_typing->text());
+    if (m_typing->selectionLength() > 0)
+        lineEdit()->setSelection(m_typing->selectionStart(), m_typing->selectionLength());
+    else
+        lineEdit()->setCursorPosition(m_typing->selectionStart());
+}
+
+void DatePicker::endTyping()
+{
+    if (!m_typing)
+        return;
+    const QDate result = m_typing->result();
+    const int position = lineEdit()->hasSelectedText() ? lineEdit()->selectionStart() : lineEdit()->cursorPosition();
+    m_typing.reset();
+    setValue(result);
+    static constexpr QDateTimeEdit::Section sections[]{DaySection, MonthSection, YearSection};
+    setSelectedSection(sections[DateTyping::sectionAt(position)]);
+}
+
+/// Keys that write a date or walk through its parts.
+bool DatePicker::typed(const QKeyEvent& event)
+{
+    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
+    const QString text = event.text();
+    const QChar character = text.isEmpty() ? QChar() : text.front();
+    if (character >= u'0' && character <= u'9') {
+        beginTyping();
+        m_typing->digit(character.digitValue());
+    } else if (QStringView(u"/-., ").contains(character) && !character.isNull()) {
+        beginTyping();
+        m_typing->separator();
+    } else {
+        switch (event.key()) {
+        case Qt::Key_Backspace:
+        case Qt::Key_Delete:
+            beginTyping();
+            m_typing->backspace();
+            break;
+        case Qt::Key_Left:
+            beginTyping();
+            m_typing->previous();
+            break;
+        case Qt::Key_Right:
+            beginTyping();
+            m_typing->next();
+            break;
+        default:
+            return false;
+        }
+    }
+    showTyping();
+    return true;
+}
+
 void DatePicker::keyPressEvent(QKeyEvent* event)
 {
+    if (event->key() == Qt::Key_F4 || event->key() == Qt::Key_Escape) {
+        event->ignore();
+        return;
+    }
     if (event->key() == Qt::Key_Down && event->modifiers().testFlag(Qt::AltModifier)) {
         openCalendar();
         event->accept();
-    } else if (event->key() == Qt::Key_F4 || event->key() == Qt::Key_Escape) {
-        event->ignore();
-    } else {
-        QDateEdit::keyPressEvent(event);
+        return;
     }
+    if (isReadOnly()) {
+        QDateEdit::keyPressEvent(event);
+        return;
+    }
+    if (event->matches(QKeySequence::Paste)) {
+        const QString pasted = QApplication::clipboard()->text().trimmed();
+        const QDate date = QDate::fromString(pasted, QStringLiteral("d/M/yyyy"));
+        if (date.isValid())
+            setValue(date);
+        event->accept();
+        return;
+    }
+    if (typed(*event)) {
+        event->accept();
+        return;
+    }
+    const QPointer<DatePicker> alive(this);
+    endTyping();
+    if (alive)
+        QDateEdit::keyPressEvent(event);
+}
+
+void DatePicker::mousePressEvent(QMouseEvent* event)
+{
+    const QPointer<DatePicker> alive(this);
+    endTyping();
+    if (alive)
+        QDateEdit::mousePressEvent(event);
 }
 
 void DatePicker::wheelEvent(QWheelEvent* event)
 {
-    if (hasFocus())
+    const QPointer<DatePicker> alive(this);
+    endTyping();
+    if (alive && hasFocus())
         QDateEdit::wheelEvent(event);
     else
         event->ignore(); // scrolling past the box must not change a date
+}
+
+void DatePicker::focusOutEvent(QFocusEvent* event)
+{
+    const QPointer<DatePicker> alive(this);
+    endTyping();
+    if (alive)
+        QDateEdit::focusOutEvent(event);
 }
 
 /// The pop-up has no other door than a press on its arrow.

@@ -1,12 +1,17 @@
 #pragma once
 
+#include "platform/ui/DateTyping.h"
+
 #include <QDateEdit>
+
+#include <optional>
 
 namespace platform {
 
 /// Date box shown as dd/mm/aaaa with a drop-down calendar in Portuguese (Alt+Down opens it; F4, Enter and Escape are
-/// left to the window). `Change` comes when the date really becomes another one, by the operator or by the program;
-/// blocked while signals are blocked. A typed date counts when it is complete: with Enter, Tab or on leaving.
+/// left to the window; Left and Right change the section, Up and Down its value). `Change` comes when the date really
+/// becomes another one, by the operator or by the program; blocked while signals are blocked. A typed date counts when
+/// it is complete: with Enter, Tab or on leaving.
 class DatePicker : public QDateEdit
 {
     Q_OBJECT
@@ -23,13 +28,20 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    bool typed(const QKeyEvent& event);
+    void beginTyping();
+    void showTyping();
+    void endTyping();
     void announce();
     void openCalendar();
 
     QDate m_announced;
+    std::optional<DateTyping> m_typing;
 };
 
 } // namespace platform

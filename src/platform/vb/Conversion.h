@@ -12,7 +12,7 @@ namespace vb {
 /// True for a number and for a text that CDbl takes as a number (thousands points anywhere before the comma, one
 /// sign before or after, brackets for negative, "R$", exponent e or d, &H and &O). Dates, Null and "" are not numeric.
 [[nodiscard]] bool IsNumeric(const Variant& value);
-/// True for a date and for a text that CDate takes.
+/// True for a date and for a text that parseDate takes; a number in a text is none.
 [[nodiscard]] bool IsDate(const Variant& value);
 
 /// Leading numeric part of a text with a POINT decimal, blanks skipped; 0 when there is none. Never raises.
@@ -25,7 +25,7 @@ namespace vb {
 [[nodiscard]] qint32 CLng(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (32 bits).
 [[nodiscard]] qint16 CInt(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (16 bits).
 [[nodiscard]] Currency CCur(const Variant& value); ///< Half to even at the fourth decimal. Errors 13, 94, 6.
-[[nodiscard]] Date CDate(const Variant& value);    ///< Errors 13, 94, 6.
+[[nodiscard]] Date CDate(const Variant& value);    ///< A number, in a text too, is a serial. Errors 13, 94, 6.
 [[nodiscard]] QString CStr(const Variant& value);  ///< Plain text: no thousands, comma decimal, 15 digits. Error 94.
 
 /// The text to number step of CDbl alone, without error: nullopt when the text is no number.

@@ -1,5 +1,7 @@
 #include "platform/vb/Date.h"
 
+#include "platform/vb/DateText.h"
+
 #include <cmath>
 
 namespace vb {
@@ -43,12 +45,12 @@ Date Date::fromQDateTime(const QDateTime& dateTime)
 
 QDate Date::date() const
 {
-    return QDate::fromJulianDay(DayZero + split(serial).day);
+    return isDateSerial(serial) ? QDate::fromJulianDay(DayZero + split(serial).day) : QDate();
 }
 
 QTime Date::time() const
 {
-    return QTime::fromMSecsSinceStartOfDay(split(serial).second * 1000);
+    return isDateSerial(serial) ? QTime::fromMSecsSinceStartOfDay(split(serial).second * 1000) : QTime(0, 0);
 }
 
 } // namespace vb

@@ -13,7 +13,7 @@ struct Date
 
     [[nodiscard]] static Date fromQDate(QDate date);
     [[nodiscard]] static Date fromQDateTime(const QDateTime& dateTime);
-    [[nodiscard]] QDate date() const;
+    [[nodiscard]] QDate date() const; ///< Invalid outside the years 100 to 9999.
     [[nodiscard]] QTime time() const; ///< Rounded to whole seconds.
 
     bool operator==(const Date&) const = default;

@@ -28,6 +28,12 @@ struct Number
     int width = 0;
 };
 
+// Only a text without a year asks for the present one.
+Number thisYear()
+{
+    return {QDate::currentDate().year(), 4};
+}
+
 std::optional<QDate> makeDate(Number year, Number month, Number day)
 {
     if (month.width > 2 || day.width > 2 || year.width > 4)
@@ -186,16 +192,19 @@ private:
         const auto [a, b, c] = m_numbers;
         if (m_loose || m_count < 2 || (m_count == 2 && m_dots))
             return std::nullopt;
-        const Number one{1, 1};
-        const Number thisYear{QDate::currentDate().year(), 4};
-        std::optional<QDate> date = m_count == 3 ? makeDate(c, b, a) : makeDate(thisYear, b, a);
+        std::optional<QDate> date;
+        if (m_count == 3) {
+            date = makeDate(c, b, a);
+            if (!date)
+                date = makeDate(c, a, b);
+            return date ? date : makeDate(a, b, c);
+        }
+        date = makeDate(thisYear(), b, a);
         if (!date)
-            date = m_count == 3 ? makeDate(c, a, b) : makeDate(thisYear, a, b);
+            date = makeDate(thisYear(), a, b);
         if (!date)
-            date = m_count == 3 ? makeDate(a, b, c) : makeDate(b, a, one);
-        if (!date && m_count == 2)
-            date = makeDate(a, b, one);
-        return date;
+            date = makeDate(b, a, Number{1, 1});
+        return date ? date : makeDate(a, b, Number{1, 1});
     }
 
     std::optional<QDate> withMonthName() const
@@ -208,7 +217,7 @@ private:
         }
         if (m_count != 1)
             return std::nullopt;
-        const std::optional<QDate> date = makeDate(Number{QDate::currentDate().year(), 4}, month, a);
+        const std::optional<QDate> date = makeDate(thisYear(), month, a);
         return date ? date : makeDate(a, month, Number{1, 1});
     }
 
@@ -244,12 +253,11 @@ QString monthName(int month)
 
 void appendPadded(QString& text, int value, int width)
 {
-    int limit = 1;
-    for (int i = 1; i < width; ++i)
-        limit *= 10;
-    for (; value < limit && limit > 1; limit /= 10)
-        text += u'0';
-    text += QString::number(value);
+    std::array<char16_t, 12> digits{};
+    std::size_t first = digits.size();
+    for (; value > 0 || width > 0; value /= 10, --width)
+        digits.at(--first) = static_cast<char16_t>(u'0' + value % 10);
+    text += QStringView(digits.data() + first, static_cast<qsizetype>(digits.size() - first));
 }
 
 QString dateText(Date date)

@@ -16,7 +16,7 @@ namespace vb {
 /// "dd/mm/yyyy", with " hh:mm:ss" when there is a time; the time alone on day 0.
 [[nodiscard]] QString dateText(Date date);
 
-/// Writes `value` with at least `width` digits.
+/// Writes `value`, which is not negative, with at least `width` digits.
 void appendPadded(QString& text, int value, int width);
 
 } // namespace vb

@@ -68,21 +68,20 @@ QString formatNumber(Decimal decimal, const NumberPattern& pattern)
         return index >= 0 && index < count ? QLatin1Char(decimal.digits[index]) : QLatin1Char('0');
     };
 
-    QString text;
-    text.reserve(shownWhole + shownWhole / 3 + shownDecimals + 3);
+    QVarLengthArray<QChar, 48> text;
     // Deliberate: what rounds to nothing keeps its sign, -0.001 reads "-0,00".
     if (decimal.negative)
-        text += u'-';
+        text.append(u'-');
     for (int left = shownWhole; left > 0; --left) {
-        text += digitAt(1 - left);
+        text.append(digitAt(1 - left));
         if (pattern.thousands && left > 1 && left % 3 == 1)
-            text += u'.';
+            text.append(u'.');
     }
     if (pattern.point)
-        text += u',';
+        text.append(u',');
     for (int place = 1; place <= shownDecimals; ++place)
-        text += digitAt(place);
-    return text;
+        text.append(digitAt(place));
+    return QString(text.data(), text.size());
 }
 
 void appendLongDate(QString& text, QDate day)
@@ -96,20 +95,31 @@ void appendNamed(QString& text, const QString& name, int letters)
     text += letters == 3 ? name.first(3) : name;
 }
 
+char16_t lower(QChar letter)
+{
+    const char16_t code = letter.unicode();
+    return code >= u'A' && code <= u'Z' ? code + 0x20 : code;
+}
+
 QString formatDate(Date date, QStringView pattern)
 {
     const QDate day = date.date();
     const QTime time = date.time();
+    int year = 0;
+    int month = 0;
+    int dayOfMonth = 0;
+    day.getDate(&year, &month, &dayOfMonth);
     QString text;
+    text.reserve(pattern.size() + 8);
     if (pattern.compare(u"Long Date", Qt::CaseInsensitive) == 0) {
         appendLongDate(text, day);
         return text;
     }
     bool behindHours = false;
     for (qsizetype at = 0; at < pattern.size();) {
-        const QChar letter = pattern[at].toLower();
+        const char16_t letter = lower(pattern[at]);
         qsizetype end = at + 1;
-        while (end < pattern.size() && pattern[end].toLower() == letter)
+        while (end < pattern.size() && lower(pattern[end]) == letter)
             ++end;
         const auto letters = static_cast<int>(end - at);
         const int width = qMin(letters, 2);
@@ -117,17 +127,17 @@ QString formatDate(Date date, QStringView pattern)
         if (letter == u'd' && letters > 2) {
             appendNamed(text, dayName(day.dayOfWeek()), letters);
         } else if (letter == u'd') {
-            appendPadded(text, day.day(), width);
+            appendPadded(text, dayOfMonth, width);
         } else if (letter == u'n' || (letter == u'm' && behindHours && letters <= 2)) {
             appendPadded(text, time.minute(), width);
         } else if (letter == u'm' && letters > 2) {
-            appendNamed(text, monthName(day.month()), letters);
+            appendNamed(text, monthName(month), letters);
         } else if (letter == u'm') {
-            appendPadded(text, day.month(), width);
+            appendPadded(text, month, width);
         } else if (letter == u'y' && letters > 2) {
-            appendPadded(text, day.year(), 4);
+            appendPadded(text, year, 4);
         } else if (letter == u'y') {
-            appendPadded(text, day.year() % 100, 2);
+            appendPadded(text, year % 100, 2);
         } else if (letter == u'h') {
             appendPadded(text, time.hour(), width);
             hours = true;
@@ -183,11 +193,16 @@ QString shortDate(QDate date)
     QString text;
     if (!date.isValid())
         return text;
-    appendPadded(text, date.day(), 2);
+    int year = 0;
+    int month = 0;
+    int dayOfMonth = 0;
+    date.getDate(&year, &month, &dayOfMonth);
+    text.reserve(20); // room for a time behind it
+    appendPadded(text, dayOfMonth, 2);
     text += u'/';
-    appendPadded(text, date.month(), 2);
+    appendPadded(text, month, 2);
     text += u'/';
-    appendPadded(text, date.year(), 4);
+    appendPadded(text, year, 4);
     return text;
 }
 

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "accessfile/Context.h"
+#include "accessfile/Properties.h"
+#include "accessfile/RowCodec.h"
+
+namespace accessfile {
+
+/// Finds the bytes of rows and decodes their cells. Holds the page of the row it is on.
+class RowReader
+{
+public:
+    RowReader(Context& context, const TableDefinition& definition)
+        : m_context(context)
+        , m_definition(definition)
+    {}
+    /// Goes to a row on its home page, through a stub when there is one.
+    void open(PagePointer home, RowId row);
+    [[nodiscard]] RowId rowId() const { return m_row; }
+    /// Where the row's bytes are: its own place, or that of the stub's target.
+    [[nodiscard]] RowId place() const { return m_place; }
+    [[nodiscard]] const RowLayout& layout() const { return m_layout; }
+    [[nodiscard]] Value value(int column) const;
+    [[nodiscard]] bool appendText(int column, std::string& out) const;
+
+private:
+    Context& m_context;
+    const TableDefinition& m_definition;
+    PagePointer m_page;
+    RowLayout m_layout;
+    RowId m_row;
+    RowId m_place;
+};
+
+class TableFile : public Table
+{
+public:
+    TableFile(Context& context, PageNumber page, std::string name, Bytes properties);
+
+    [[nodiscard]] const std::string& name() const override { return m_name; }
+    [[nodiscard]] const std::vector<Column>& columns() const override { return m_columns; }
+    [[nodiscard]] const std::vector<Index>& indexes() const override { return m_indexes; }
+    [[nodiscard]] int columnIndex(std::string_view name) const override;
+    [[nodiscard]] std::unique_ptr<Cursor> scan() const override;
+    [[nodiscard]] bool usableForRange(int index) const override;
+    [[nodiscard]] std::unique_ptr<Cursor> range(int index, const KeyRange& range) const override;
+    RowId insert(std::span<const std::optional<Value>> values) override;
+    void update(RowId row, std::span<const std::pair<int, Value>> changes) override;
+    void erase(RowId row) override;
+
+    /// Reads the definition again, after it was changed or a change of it was undone.
+    void reload(Bytes properties);
+    [[nodiscard]] const TableDefinition& definition() const { return m_definition; }
+    [[nodiscard]] PageNumber page() const { return m_page; }
+    [[nodiscard]] const Properties& properties() const { return m_properties; }
+    /// Raises ReadOnly when the table is one that this engine does not change.
+    void checkWritable() const;
+    /// The engine's own tables are changed by the engine alone.
+    void allowSystem() { m_systemAllowed = true; }
+
+private:
+    void describe();
+    [[nodiscard]] std::string refusal() const;
+
+    Context& m_context;
+    PageNumber m_page;
+    std::string m_name;
+    TableDefinition m_definition;
+    Properties m_properties;
+    std::vector<Column> m_columns;
+    std::vector<Index> m_indexes;
+    std::vector<std::size_t> m_physicalOf; ///< Of each entry of m_indexes.
+    std::string m_refusal;
+    bool m_systemAllowed = false;
+};
+
+} // namespace accessfile

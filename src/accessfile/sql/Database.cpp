@@ -1,0 +1,384 @@
+#include "accessfile/Sql.h"
+
+#include "accessfile/Error.h"
+#include "accessfile/sql/Assignment.h"
+#include "accessfile/sql/Evaluator.h"
+#include "accessfile/sql/Messages.h"
+#include "accessfile/sql/Parser.h"
+#include "accessfile/sql/Planner.h"
+#include "accessfile/sql/Select.h"
+
+#include <algorithm>
+#include <set>
+
+namespace accessfile {
+
+namespace {
+
+using namespace sql;
+
+/// A statement's changes, undone unless they are committed.
+class Unit
+{
+public:
+    explicit Unit(Storage& storage)
+        : m_storage(storage)
+    {
+        m_storage.beginStatement();
+    }
+    ~Unit()
+    {
+        if (m_open)
+            m_storage.rollbackStatement();
+    }
+    Unit(const Unit&) = delete;
+    Unit& operator=(const Unit&) = delete;
+
+    void commit()
+    {
+        m_storage.commitStatement();
+        m_open = false;
+    }
+
+private:
+    Storage& m_storage;
+    bool m_open = true;
+};
+
+Table& requireTable(Storage& storage, std::string_view name)
+{
+    Table* const table = storage.table(name);
+    if (table == nullptr)
+        throw missingTable(name);
+    return *table;
+}
+
+Value defaultValue(const Column& column, std::string_view expression, const RegionalConversions& regional)
+{
+    Parser parser(expression);
+    ExpressionPointer parsed = parser.loneExpression();
+    Binder binder(nullptr, {}, expression, regional);
+    binder.bind(parsed);
+    binder.finish();
+    return assign(Evaluator(regional).value(*parsed), column, regional);
+}
+
+using Changes = std::vector<std::pair<int, Value>>;
+
+/// Runs the statements that are not SELECT, inside one unit.
+class Executor
+{
+public:
+    Executor(Storage& storage, std::string_view source, const RegionalConversions& regional)
+        : m_storage(storage)
+        , m_source(source)
+        , m_regional(regional)
+    {}
+
+    std::size_t operator()(SelectStatement& /*statement*/) { throw invalidStatement(); }
+    std::size_t operator()(InsertStatement& statement);
+    std::size_t operator()(UpdateStatement& statement);
+    std::size_t operator()(DeleteStatement& statement);
+    std::size_t operator()(CreateTableStatement& statement);
+    std::size_t operator()(AddColumnStatement& statement);
+    std::size_t operator()(CreateIndexStatement& statement);
+    std::size_t operator()(DropTableStatement& statement);
+
+private:
+    [[nodiscard]] std::vector<int> insertTargets(const Table& table, const InsertStatement& statement) const;
+    [[nodiscard]] static Index resolve(const IndexDefinition& definition, std::span<const Column> columns,
+                                       std::string_view table);
+    [[nodiscard]] static int find(std::span<const Column> columns, std::string_view name);
+
+    Storage& m_storage;
+    std::string_view m_source;
+    const RegionalConversions& m_regional;
+};
+
+std::vector<int> Executor::insertTargets(const Table& table, const InsertStatement& statement) const
+{
+    std::vector<int> targets;
+    if (statement.columns.empty()) {
+        for (std::size_t i = 0; i < table.columns().size(); ++i)
+            targets.push_back(static_cast<int>(i));
+    }
+    for (const std::string& name : statement.columns) {
+        const int column = table.columnIndex(name);
+        if (column < 0)
+            throw unknownInsertField(name);
+        if (std::find(targets.begin(), targets.end(), column) != targets.end())
+            throw duplicateDestination(name);
+        targets.push_back(column);
+    }
+    if (targets.size() != statement.values.size())
+        throw valueCount();
+    return targets;
+}
+
+std::size_t Executor::operator()(InsertStatement& statement)
+{
+    Table& table = requireTable(m_storage, statement.table);
+    const std::vector<int> targets = insertTargets(table, statement);
+    Binder binder(nullptr, {}, m_source, m_regional);
+    for (ExpressionPointer& value : statement.values)
+        binder.bind(value);
+    binder.finish();
+    std::vector<std::optional<Value>> row(table.columns().size());
+    Evaluator evaluator(m_regional);
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const auto column = static_cast<std::size_t>(targets[i]);
+        row[column] = assign(evaluator.value(*statement.values[i]), table.columns()[column], m_regional);
+    }
+    table.insert(row);
+    return 1;
+}
+
+std::size_t Executor::operator()(UpdateStatement& statement)
+{
+    Table& table = requireTable(m_storage, statement.table);
+    Binder binder(&table, statement.alias, m_source, m_regional);
+    std::vector<int> targets;
+    for (auto& [name, value] : statement.changes) {
+        const int column = binder.column(*name);
+        if (column >= 0 && std::find(targets.begin(), targets.end(), column) != targets.end())
+            throw duplicateDestination(name->name);
+        targets.push_back(column);
+        binder.bind(value);
+    }
+    if (statement.where != nullptr)
+        binder.bind(statement.where);
+    binder.finish();
+    for (const int target : targets) {
+        const Column& column = table.columns()[static_cast<std::size_t>(target)];
+        if (column.autonumber)
+            throw notUpdatable(column.name);
+    }
+
+    // All new values are known before the first row changes: an update never meets its own rows again.
+    std::vector<std::pair<RowId, Changes>> rows;
+    const Plan plan = planRows(table, statement.where.get());
+    if (!plan.empty) {
+        Evaluator evaluator(m_regional);
+        const std::unique_ptr<Cursor> cursor = plan.open(table);
+        evaluator.setRow(cursor.get());
+        while (cursor->next()) {
+            if (statement.where != nullptr && evaluator.test(*statement.where) != Truth::True)
+                continue;
+            Changes changes;
+            changes.reserve(targets.size());
+            for (std::size_t i = 0; i < targets.size(); ++i)
+                changes.emplace_back(targets[i],
+                                     assign(evaluator.value(*statement.changes[i].second),
+                                            table.columns()[static_cast<std::size_t>(targets[i])], m_regional));
+            rows.emplace_back(cursor->rowId(), std::move(changes));
+        }
+    }
+    for (const auto& [row, changes] : rows)
+        table.update(row, changes);
+    return rows.size();
+}
+
+std::size_t Executor::operator()(DeleteStatement& statement)
+{
+    Table& table = requireTable(m_storage, statement.table);
+    if (statement.where != nullptr) {
+        Binder binder(&table, {}, m_source, m_regional);
+        binder.bind(statement.where);
+        binder.finish();
+    }
+    std::vector<RowId> rows;
+    const Plan plan = planRows(table, statement.where.get());
+    if (!plan.empty) {
+        Evaluator evaluator(m_regional);
+        const std::unique_ptr<Cursor> cursor = plan.open(table);
+        evaluator.setRow(cursor.get());
+        while (cursor->next()) {
+            if (statement.where == nullptr || evaluator.test(*statement.where) == Truth::True)
+                rows.push_back(cursor->rowId());
+        }
+    }
+    for (const RowId row : rows)
+        table.erase(row);
+    return rows.size();
+}
+
+int Executor::find(std::span<const Column> columns, std::string_view name)
+{
+    const auto found =
+        std::find_if(columns.begin(), columns.end(), [&](const Column& column) { return sameName(column.name, name); });
+    return found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
+}
+
+Index Executor::resolve(const IndexDefinition& definition, std::span<const Column> columns, std::string_view table)
+{
+    Index index;
+    index.name = definition.name;
+    index.unique = definition.unique;
+    index.primary = definition.primary;
+    index.required = definition.required;
+    index.ignoreNulls = definition.ignoreNulls;
+    for (const auto& [name, ascending] : definition.columns) {
+        const int column = find(columns, name);
+        if (column < 0)
+            throw unknownField(name, table);
+        index.columns.push_back({column, ascending});
+    }
+    return index;
+}
+
+std::size_t Executor::operator()(CreateTableStatement& statement)
+{
+    if (m_storage.table(statement.table) != nullptr)
+        throw tableExists(statement.table);
+    for (std::size_t i = 0; i < statement.columns.size(); ++i) {
+        if (find(statement.columns, statement.columns[i].name) != static_cast<int>(i))
+            throw fieldExists(statement.columns[i].name, statement.table);
+    }
+    std::vector<Index> indexes;
+    for (const IndexDefinition& definition : statement.indexes) {
+        const bool second = definition.primary && std::any_of(indexes.begin(), indexes.end(),
+                                                              [](const Index& index) { return index.primary; });
+        if (second)
+            throw primaryKeyExists();
+        if (std::any_of(indexes.begin(), indexes.end(),
+                        [&](const Index& index) { return sameName(index.name, definition.name); }))
+            throw indexExists(definition.name, statement.table);
+        indexes.push_back(resolve(definition, statement.columns, statement.table));
+    }
+    m_storage.createTable(statement.table, statement.columns, indexes);
+    return 0;
+}
+
+std::size_t Executor::operator()(AddColumnStatement& statement)
+{
+    for (const ColumnDefinition& definition : statement.columns) {
+        const Table& table = requireTable(m_storage, statement.table);
+        if (table.columnIndex(definition.column.name) >= 0)
+            throw fieldExists(definition.column.name, table.name());
+        const std::string name = table.name();
+        m_storage.addColumn(name, definition.column);
+        for (const IndexDefinition& index : definition.indexes) {
+            CreateIndexStatement create{name, index};
+            (*this)(create);
+        }
+    }
+    return 0;
+}
+
+std::size_t Executor::operator()(CreateIndexStatement& statement)
+{
+    const Table& table = requireTable(m_storage, statement.table);
+    for (const Index& index : table.indexes()) {
+        if (sameName(index.name, statement.index.name))
+            throw indexExists(statement.index.name, table.name());
+        if (index.primary && statement.index.primary)
+            throw primaryKeyExists();
+    }
+    const std::string name = table.name();
+    m_storage.createIndex(name, resolve(statement.index, table.columns(), name));
+    return 0;
+}
+
+std::size_t Executor::operator()(DropTableStatement& statement)
+{
+    m_storage.dropTable(requireTable(m_storage, statement.table).name());
+    return 0;
+}
+
+SelectStatement parseSelect(std::string_view text)
+{
+    Statement statement = Parser(text).statement();
+    SelectStatement* const select = std::get_if<SelectStatement>(&statement);
+    if (select == nullptr)
+        throw invalidStatement();
+    return std::move(*select);
+}
+
+const Table* tableOfSelect(Storage& storage, const SelectStatement& select)
+{
+    return select.table.empty() ? nullptr : &requireTable(storage, select.table);
+}
+
+/// Columns by name with their converted values.
+Changes assignments(const Table& table, const std::vector<std::pair<std::string, Value>>& values,
+                    const RegionalConversions& regional)
+{
+    std::set<std::string> unknown;
+    Changes changes;
+    for (const auto& [name, value] : values) {
+        const int column = table.columnIndex(name);
+        if (column < 0)
+            unknown.insert(foldCase(name));
+        else if (unknown.empty())
+            changes.emplace_back(column, assign(value, table.columns()[static_cast<std::size_t>(column)], regional));
+    }
+    if (!unknown.empty())
+        throw tooFewParameters(unknown.size());
+    return changes;
+}
+
+} // namespace
+
+Database::Database(std::unique_ptr<Storage> storage, const RegionalConversions& regional)
+    : m_storage(std::move(storage))
+    , m_regional(regional)
+{
+    m_storage->setDefaultEvaluator([this](const Column& column, std::string_view expression) {
+        return defaultValue(column, expression, m_regional);
+    });
+}
+
+Database::~Database() = default;
+
+void Database::select(std::string_view statement, RowSink& sink)
+{
+    SelectStatement parsed = parseSelect(statement);
+    const Selection selection(parsed, tableOfSelect(*m_storage, parsed), statement, m_regional);
+    selection.run(sink);
+}
+
+std::size_t Database::execute(std::string_view statement)
+{
+    Statement parsed = Parser(statement).statement();
+    if (SelectStatement* const select = std::get_if<SelectStatement>(&parsed)) {
+        // Its rows have no receiver here; that it could run is all there is to know.
+        const Selection check(*select, tableOfSelect(*m_storage, *select), statement, m_regional);
+        return 0;
+    }
+    Unit unit(*m_storage);
+    const std::size_t rows = std::visit(Executor(*m_storage, statement, m_regional), parsed);
+    unit.commit();
+    return rows;
+}
+
+std::string Database::tableOf(std::string_view select)
+{
+    SelectStatement parsed = parseSelect(select);
+    const Table* const table = tableOfSelect(*m_storage, parsed);
+    if (table == nullptr)
+        throw syntaxError("FROM clause");
+    const Selection check(parsed, table, select, m_regional);
+    return table->name();
+}
+
+void Database::addRow(std::string_view table, const std::vector<std::pair<std::string, Value>>& values)
+{
+    Table& target = requireTable(*m_storage, table);
+    std::vector<std::optional<Value>> row(target.columns().size());
+    for (auto& [column, value] : assignments(target, values, m_regional))
+        row[static_cast<std::size_t>(column)] = std::move(value);
+    Unit unit(*m_storage);
+    target.insert(row);
+    unit.commit();
+}
+
+void Database::updateRow(std::string_view table, RowId row, const std::vector<std::pair<std::string, Value>>& changes)
+{
+    Table& target = requireTable(*m_storage, table);
+    const Changes converted = assignments(target, changes, m_regional);
+    Unit unit(*m_storage);
+    target.update(row, converted);
+    unit.commit();
+}
+
+} // namespace accessfile

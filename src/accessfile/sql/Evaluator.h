@@ -1,0 +1,85 @@
+#pragma once
+
+#include "accessfile/Sql.h"
+#include "accessfile/sql/Syntax.h"
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace accessfile::sql {
+
+/// Finds the columns and kinds of a statement's expressions. Names that are no columns are counted as parameters
+/// without value; finish() raises the error for them, so that all of a statement's expressions are counted first.
+class Binder
+{
+public:
+    /// `table` may be nullptr: then no name is known. `alias` is the table's other name, or empty.
+    Binder(const Table* table, std::string_view alias, std::string_view statement, const RegionalConversions& regional);
+
+    /// `aggregates` receives the aggregate calls of the expression; without it they are refused.
+    void bind(ExpressionPointer& expression, std::vector<Expression*>* aggregates = nullptr);
+    /// Position of the column that a name means; -1, and counted, when there is none.
+    int column(const Expression& name);
+    void finish() const;
+    /// Whether a qualifier means the table.
+    [[nodiscard]] bool isTable(std::string_view qualifier) const;
+
+private:
+    void bindOperands(Expression& expression, std::vector<Expression*>* aggregates);
+    void bindName(Expression& expression);
+    void bindFunction(Expression& expression);
+    void bindAggregate(Expression& expression, std::vector<Expression*>& aggregates);
+    void bindComparison(Expression& expression) const;
+    void foldConstant(Expression& expression) const;
+
+    const Table* m_table;
+    std::string m_alias;
+    std::string_view m_statement;
+    const RegionalConversions& m_regional;
+    std::set<std::string> m_unknown;
+    bool m_insideAggregate = false;
+};
+
+/// True, false, or unknown where a Null decides.
+enum class Truth { False, True, Unknown };
+
+/// Values of bound expressions for the row that a cursor stands on.
+class Evaluator
+{
+public:
+    explicit Evaluator(const RegionalConversions& regional)
+        : m_regional(regional)
+    {}
+
+    /// nullptr for expressions without columns.
+    void setRow(const Cursor* row) { m_row = row; }
+    /// Results of the aggregate calls by their slots.
+    void setAggregates(const std::vector<Value>* results) { m_aggregates = results; }
+
+    [[nodiscard]] Value value(const Expression& expression);
+    [[nodiscard]] Truth test(const Expression& expression);
+
+private:
+    [[nodiscard]] Truth compare(const Expression& expression);
+    [[nodiscard]] Truth like(const Expression& expression);
+    [[nodiscard]] Truth between(const Expression& expression);
+    [[nodiscard]] Truth in(const Expression& expression);
+    [[nodiscard]] Truth junction(const Expression& expression);
+    [[nodiscard]] Truth exclusive(const Expression& expression);
+    [[nodiscard]] Truth isNullTest(const Expression& expression);
+
+    const RegionalConversions& m_regional;
+    const Cursor* m_row = nullptr;
+    const std::vector<Value>* m_aggregates = nullptr;
+    std::string m_text; ///< Kept between rows, so that a text column costs no allocation.
+};
+
+// Functions.cpp
+/// Kind of a call's result; raises an error for a function that is not served or wrong arguments.
+[[nodiscard]] Kind functionKind(const Expression& call);
+[[nodiscard]] bool isVolatile(const Expression& call);
+[[nodiscard]] Value callFunction(const Expression& call, Evaluator& evaluator, const RegionalConversions& regional);
+
+} // namespace accessfile::sql

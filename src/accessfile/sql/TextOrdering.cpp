@@ -1,0 +1,186 @@
+#include "accessfile/sql/TextOrdering.h"
+
+#include "accessfile/Storage.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace accessfile::sql {
+
+namespace {
+
+constexpr char32_t replacement = 0xFFFD;
+
+/// Reads one code point; `valid` turns false on bytes that are no UTF-8.
+char32_t decode(std::string_view text, std::size_t& position, bool& valid)
+{
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char first = byte(position++);
+    if (first < 0x80)
+        return first;
+    const int more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : 1;
+    if (first < 0xC2 || first > 0xF4 || position + static_cast<std::size_t>(more) > text.size()) {
+        valid = false;
+        return replacement;
+    }
+    char32_t code = more == 3 ? first & 0x07U : more == 2 ? first & 0x0FU : first & 0x1FU;
+    for (int i = 0; i < more; ++i) {
+        const unsigned char next = byte(position);
+        if ((next & 0xC0U) != 0x80U) {
+            valid = false;
+            return replacement;
+        }
+        code = (code << 6U) | (next & 0x3FU);
+        ++position;
+    }
+    constexpr std::array<char32_t, 4> least{0, 0x80, 0x800, 0x10000};
+    if (code < least.at(static_cast<std::size_t>(more)) || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+        valid = false;
+        return replacement;
+    }
+    return code;
+}
+
+void encode(char32_t c, std::string& out)
+{
+    const auto put = [&](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (c < 0x80) {
+        put(c);
+    } else if (c < 0x800) {
+        put(0xC0U | (c >> 6U));
+        put(0x80U | (c & 0x3FU));
+    } else if (c < 0x10000) {
+        put(0xE0U | (c >> 12U));
+        put(0x80U | ((c >> 6U) & 0x3FU));
+        put(0x80U | (c & 0x3FU));
+    } else {
+        put(0xF0U | (c >> 18U));
+        put(0x80U | ((c >> 12U) & 0x3FU));
+        put(0x80U | ((c >> 6U) & 0x3FU));
+        put(0x80U | (c & 0x3FU));
+    }
+}
+
+bool isPlain(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+std::string_view withoutTrailingBlanks(std::string_view text)
+{
+    while (!text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    return text;
+}
+
+char foldAscii(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+int sign(int order)
+{
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+} // namespace
+
+bool isValidUtf8(std::string_view text)
+{
+    bool valid = true;
+    for (std::size_t position = 0; valid && position < text.size();)
+        static_cast<void>(decode(text, position, valid));
+    return valid;
+}
+
+std::u32string codePoints(std::string_view utf8)
+{
+    std::u32string result;
+    result.reserve(utf8.size());
+    bool valid = true;
+    for (std::size_t position = 0; position < utf8.size();)
+        result += decode(utf8, position, valid);
+    return result;
+}
+
+std::size_t utf16Length(std::string_view utf8)
+{
+    std::size_t units = 0;
+    for (const char c : utf8) {
+        const auto byte = static_cast<unsigned char>(c);
+        if ((byte & 0xC0U) != 0x80U)
+            units += byte >= 0xF0 ? 2 : 1;
+    }
+    return units;
+}
+
+char32_t foldCase(char32_t c)
+{
+    if (c < 0x80)
+        return c >= U'A' && c <= U'Z' ? c + 32 : c;
+    if (c >= 0xC0 && c <= 0xDE)
+        return c == 0xD7 ? c : c + 32;
+    if (c == 0x178)
+        return 0xFF;
+    if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177))
+        return c | 1U;
+    if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E))
+        return c % 2 == 1 ? c + 1 : c;
+    if (c >= 0x391 && c <= 0x3A9)
+        return c + 32;
+    if (c >= 0x410 && c <= 0x42F)
+        return c + 32;
+    if (c >= 0x400 && c <= 0x40F)
+        return c + 80;
+    return c;
+}
+
+std::string foldCase(std::string_view utf8)
+{
+    std::string result;
+    result.reserve(utf8.size());
+    bool valid = true;
+    for (std::size_t position = 0; position < utf8.size();) {
+        if (static_cast<unsigned char>(utf8[position]) < 0x80)
+            result += foldAscii(utf8[position++]);
+        else
+            encode(foldCase(decode(utf8, position, valid)), result);
+    }
+    return result;
+}
+
+std::string orderingKey(std::string_view utf8)
+{
+    if (std::optional<std::string> key = textSortKey(utf8))
+        return *std::move(key);
+    return "\xFF" + foldCase(withoutTrailingBlanks(utf8));
+}
+
+int compareTexts(std::string_view a, std::string_view b)
+{
+    return a == b ? 0 : sign(orderingKey(a).compare(orderingKey(b)));
+}
+
+ComparedText::ComparedText(std::string_view text)
+    : m_key(orderingKey(text))
+    , m_folded(foldCase(withoutTrailingBlanks(text)))
+    , m_plain(isPlain(text))
+{}
+
+int ComparedText::order(std::string_view text) const
+{
+    return sign(orderingKey(text).compare(m_key));
+}
+
+bool ComparedText::equals(std::string_view text) const
+{
+    // Among printable ASCII the order tells all characters apart but for case: no key is needed.
+    const std::string_view trimmed = withoutTrailingBlanks(text);
+    if (m_plain && isPlain(trimmed))
+        return std::equal(trimmed.begin(), trimmed.end(), m_folded.begin(), m_folded.end(),
+                          [](char a, char b) { return foldAscii(a) == b; });
+    return orderingKey(text) == m_key;
+}
+
+} // namespace accessfile::sql

@@ -1,0 +1,275 @@
+#include "platform/ado/Error.h"
+#include "platform/ui/Application.h"
+#include "platform/ui/Boundary.h"
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/RealSeams.h"
+#include "platform/vb/Error.h"
+
+#include <QApplication>
+#include <QCalendarWidget>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <clocale>
+#include <new>
+#include <stdexcept>
+
+using platform::DatePicker;
+using platform::MsgBoxResult;
+
+namespace {
+
+class NotedMessages : public platform::Messages
+{
+public:
+    QStringList texts;
+    bool broken = false;
+    MsgBoxResult MsgBox(const QString& prompt, int, const QString&) override
+    {
+        if (broken)
+            throw std::runtime_error("no box");
+        texts.append(prompt);
+        return MsgBoxResult::Ok;
+    }
+};
+
+/// Widget that notes which keys come up to it.
+class Window : public QWidget
+{
+public:
+    QList<int> keys;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override { keys.append(event->key()); }
+};
+
+} // namespace
+
+class TestUiSeams : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { platform::prepareApplication(*qApp); }
+
+    void application()
+    {
+        QCOMPARE(QString::fromUtf8(std::setlocale(LC_NUMERIC, nullptr)), QStringLiteral("C"));
+        QCOMPARE(QLocale().name(), QStringLiteral("pt_BR"));
+        QCOMPARE(QApplication::applicationName(), QStringLiteral("Planilha de Bombas"));
+        QMessageBox box;
+        QCOMPARE(box.addButton(QMessageBox::Yes)->text(), QStringLiteral("&Sim"));
+        QCOMPARE(box.addButton(QMessageBox::Cancel)->text(), QStringLiteral("Cancelar"));
+    }
+
+    void messageBox_data()
+    {
+        QTest::addColumn<int>("style");
+        QTest::addColumn<int>("icon");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<MsgBoxResult>("result");
+        const QStringList ok{QStringLiteral("OK")};
+        const QStringList okCancel{QStringLiteral("OK"), QStringLiteral("Cancelar")};
+        const QStringList yesNo{QStringLiteral("&Sim"), QStringLiteral("&Não")};
+        const auto row = [](const char* name, int style, int icon, const QStringList& buttons, int key,
+                            MsgBoxResult result) { QTest::newRow(name) << style << icon << buttons << key << result; };
+        row("plain, Enter", 0, QMessageBox::NoIcon, ok, Qt::Key_Return, MsgBoxResult::Ok);
+        row("plain, Escape", 0, QMessageBox::NoIcon, ok, Qt::Key_Escape, MsgBoxResult::Ok);
+        row("critical", 16, QMessageBox::Critical, ok, Qt::Key_Return, MsgBoxResult::Ok);
+        row("information", 64, QMessageBox::Information, ok, Qt::Key_Return, MsgBoxResult::Ok);
+        row("OK/Cancel, Enter", 49, QMessageBox::Warning, okCancel, Qt::Key_Return, MsgBoxResult::Ok);
+        row("OK/Cancel, Escape", 49, QMessageBox::Warning, okCancel, Qt::Key_Escape, MsgBoxResult::Cancel);
+        row("yes/no, S", 36, QMessageBox::Question, yesNo, Qt::Key_S, MsgBoxResult::Yes);
+        row("yes/no, N", 52, QMessageBox::Warning, yesNo, Qt::Key_N, MsgBoxResult::No);
+        row("yes/no, Enter", 4, QMessageBox::NoIcon, yesNo, Qt::Key_Return, MsgBoxResult::Yes);
+        row("yes/no, Escape", 4, QMessageBox::NoIcon, yesNo, Qt::Key_Escape, MsgBoxResult::No);
+        row("sum of two icons", 84, QMessageBox::Warning, yesNo, Qt::Key_Return, MsgBoxResult::Yes);
+        row("second is default", 4 + 256, QMessageBox::NoIcon, yesNo, Qt::Key_Return, MsgBoxResult::No);
+    }
+    void messageBox()
+    {
+        QFETCH(int, style);
+        QFETCH(int, icon);
+        QFETCH(QStringList, buttons);
+        QFETCH(int, key);
+        QFETCH(MsgBoxResult, result);
+        QWidget window;
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTimer::singleShot(0, &window, [&] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            QVERIFY(QTest::qWaitForWindowActive(box));
+            const QString folder = qEnvironmentVariable("PLANILHA_PICTURES");
+            if (!folder.isEmpty())
+                box->grab().save(folder + QStringLiteral("/box_%1.png").arg(style));
+            QCOMPARE(box->parentWidget(), &window);
+            QCOMPARE(box->windowTitle(), QStringLiteral("Planilha de Bombas"));
+            QCOMPARE(box->text(), QStringLiteral("Linha <b>um</b> & \nlinha dois"));
+            QCOMPARE(box->textFormat(), Qt::PlainText);
+            QCOMPARE(static_cast<int>(box->icon()), icon);
+            QStringList texts;
+            for (const QAbstractButton* const button : box->buttons())
+                texts.append(button->text());
+            QCOMPARE(texts, buttons);
+            QTest::keyClick(box->window()->focusWidget(), static_cast<Qt::Key>(key));
+        });
+        platform::MessageBoxes real;
+        platform::Messages& boxes = real;
+        QCOMPARE(boxes.MsgBox(QStringLiteral("Linha <b>um</b> & \r\nlinha dois"), style), result);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+
+    void messageBoxOutlivedByNobody()
+    {
+        auto* const window = new QWidget;
+        window->show();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTimer::singleShot(20, qApp, [window] { delete window; });
+        platform::MessageBoxes real;
+        platform::Messages& boxes = real;
+        QCOMPARE(boxes.MsgBox(QStringLiteral("?"), platform::vbYesNo), MsgBoxResult::No);
+    }
+
+    void boundary_data()
+    {
+        QTest::addColumn<std::function<void()>>("operation");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char* name, std::function<void()> operation, const char16_t* text) {
+            QTest::newRow(name) << std::move(operation) << QString::fromUtf16(text);
+        };
+        row(
+            "conversion", [] { throw vb::Error(vb::Error::TypeMismatch); },
+            u"Erro em tempo de execução '13':\n\nTipos incompatíveis");
+        row(
+            "source", [] { throw ado::Error(-2147467259, QStringLiteral("Tabela não existe"), QStringLiteral("x")); },
+            u"Erro em tempo de execução '-2147467259':\n\nTabela não existe");
+        row(
+            "memory", [] { throw std::bad_alloc(); }, u"Erro em tempo de execução '7':\n\nMemória insuficiente");
+        row(
+            "other", [] { throw std::runtime_error("abc"); }, u"Erro em tempo de execução '51':\n\nErro interno: abc");
+        row(
+            "no exception class", [] { throw 5; }, u"Erro em tempo de execução '51':\n\nErro interno");
+    }
+    void boundary()
+    {
+        QFETCH(std::function<void()>, operation);
+        QFETCH(QString, text);
+        NotedMessages messages;
+        QVERIFY(!platform::tellAndStay(messages, operation));
+        QVERIFY(!platform::orEndProgram(messages, operation));
+        QCOMPARE(messages.texts, (QStringList{text, text}));
+        QVERIFY(!platform::carryOn(operation));
+        QVERIFY(!platform::leaveQuietly(operation));
+        QVERIFY(platform::tellAndStay(messages, [] {}));
+        QCOMPARE(messages.texts.size(), 2);
+        messages.broken = true;
+        QVERIFY(!platform::tellAndStay(messages, operation));
+    }
+
+    void eventsRunNowAndThen()
+    {
+        platform::ApplicationEvents events;
+        int ticks = 0;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [&] { ++ticks; });
+        timer.start(0);
+        QElapsedTimer spent;
+        spent.start();
+        for (int call = 0; call < 100'000; ++call)
+            events.DoEvents();
+        QVERIFY2(spent.elapsed() < 1000, qPrintable(QString::number(spent.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT((events.DoEvents(), ticks > 0), 1000);
+    }
+
+    void typedDateCountsWhenComplete_data()
+    {
+        QTest::addColumn<QDate>("start");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("last");
+        QTest::addColumn<QDate>("expected");
+        const QDate start(2026, 2, 15);
+        QTest::newRow("Enter") << start << "22112026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
+        QTest::newRow("Tab") << start << "22112026" << int(Qt::Key_Tab) << QDate(2026, 11, 22);
+        QTest::newRow("with slashes") << start << "22/11/2026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
+        QTest::newRow("day beyond the month shown")
+            << start << "31122025" << int(Qt::Key_Return) << QDate(2025, 12, 31);
+        QTest::newRow("one-digit parts, short year") << start << "4/5/27" << int(Qt::Key_Return) << QDate(2027, 5, 4);
+        QTest::newRow("end of a short month") << start << "31" << int(Qt::Key_Tab) << QDate(2026, 2, 28);
+        QTest::newRow("no date") << start << "00" << int(Qt::Key_Tab) << start;
+        QTest::newRow("day only") << start << "09" << int(Qt::Key_Return) << QDate(2026, 2, 9);
+        QTest::newRow("the same date") << start << "15022026" << int(Qt::Key_Return) << start;
+    }
+    void typedDateCountsWhenComplete()
+    {
+        QFETCH(QDate, start);
+        QFETCH(QString, typed);
+        QFETCH(int, last);
+        QFETCH(QDate, expected);
+        Window window;
+        auto* const picker = new DatePicker(&window);
+        auto* const next = new QPushButton(&window);
+        next->move(0, 60);
+        picker->setValue(start);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        picker->setFocus(Qt::TabFocusReason);
+        const QSignalSpy changes(picker, &DatePicker::Change);
+        QTest::keyClicks(picker, typed);
+        QCOMPARE(changes.size(), 0);
+        QTest::keyClick(picker, static_cast<Qt::Key>(last));
+        QCOMPARE(picker->Value(), expected);
+        QCOMPARE(changes.size(), expected == start ? 0 : 1);
+        if (last == Qt::Key_Return)
+            QCOMPARE(window.keys, QList<int>{last});
+        QTest::keyClick(picker, Qt::Key_Return);
+        QCOMPARE(changes.size(), expected == start ? 0 : 1);
+    }
+
+    void datePickerKeysAndProgram()
+    {
+        Window window;
+        auto* const picker = new DatePicker(&window);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        picker->setFocus();
+        const QSignalSpy changes(picker, &DatePicker::Change);
+        picker->setValue(QDate(2026, 3, 1));
+        picker->setValue(QDate(2026, 3, 1));
+        QCOMPARE(changes.size(), 1);
+        {
+            const QSignalBlocker blocked(picker);
+            picker->setValue(QDate(2026, 4, 1));
+        }
+        QTest::keyClick(picker, Qt::Key_Return);
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(picker->text(), QStringLiteral("01/04/2026"));
+        QTest::keyClick(picker, Qt::Key_F4);
+        QTest::keyClick(picker, Qt::Key_Escape);
+        QCOMPARE(window.keys, (QList<int>{Qt::Key_Return, Qt::Key_F4, Qt::Key_Escape}));
+        QVERIFY(!picker->calendarWidget()->isVisible());
+        QTest::keyClick(picker, Qt::Key_Home);
+        QTest::keyClick(picker, Qt::Key_Right);
+        QTest::keyClick(picker, Qt::Key_Up); // the month
+        QCOMPARE(picker->Value(), QDate(2026, 5, 1));
+        QCOMPARE(changes.size(), 2);
+        QTest::keyClick(picker, Qt::Key_Down, Qt::AltModifier);
+        QTRY_VERIFY(picker->calendarWidget()->isVisible());
+        const QString folder = qEnvironmentVariable("PLANILHA_PICTURES");
+        if (!folder.isEmpty())
+            picker->calendarWidget()->window()->grab().save(folder + QStringLiteral("/calendar.png"));
+        QCOMPARE(picker->calendarWidget()->locale().name(), QStringLiteral("pt_BR"));
+        picker->calendarWidget()->window()->close();
+    }
+};
+
+QTEST_MAIN(TestUiSeams)
+#include "test_ui_seams.moc"

@@ -8,6 +8,7 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <cerrno>
 #include <csignal>
 #include <stdexcept>
 
@@ -85,7 +86,7 @@ void removeLeftovers()
     const QDir temporary(QDir::tempPath());
     for (const QString& name : temporary.entryList({QStringLiteral("planilha-mariadb-*")}, QDir::Dirs)) {
         const auto owner = name.section(QLatin1Char('-'), 2, 2).toInt();
-        if (owner > 0 && ::kill(owner, 0) != 0) {
+        if (owner > 0 && ::kill(owner, 0) != 0 && errno == ESRCH) {
             QDir(temporary.filePath(name)).removeRecursively();
         }
     }

@@ -179,9 +179,11 @@ private Q_SLOTS:
         QFETCH(QString, select);
         QFETCH(QString, condition);
         support::BothBackEnds database(QStringLiteral("mysql"));
-        database.script({QStringLiteral("create table alvo (") + definition + QLatin1Char(')'),
-                         QStringLiteral("insert into alvo (a, b, c, d) values (1, 'd''água', 1.1, '2024-03-15')"),
-                         QStringLiteral("insert into alvo (a, b, c, d) values (2, 'd''água', 1.2, '0000-00-00')")});
+        database.script(
+            {QStringLiteral("create table alvo (") + definition + QLatin1Char(')'),
+             QStringLiteral("insert into alvo (a, b, c, d) values (1, 'd''água', 1.1, '2024-03-15')"),
+             QStringLiteral("insert into alvo (a, b, c, d) values (2, 'd''água', 1.2, '0000-00-00')"),
+             QStringLiteral("set session sql_mode = 'STRICT_TRANS_TABLES,NO_ZERO_DATE,NO_BACKSLASH_ESCAPES'")});
         MariaDbServer& server = MariaDbServer::shared();
         Recordset rows;
         rows.Open(select, database.connection());

@@ -161,7 +161,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("definition");
         QTest::addColumn<QString>("select");
         QTest::addColumn<QString>("condition");
-        const QString all = QStringLiteral("Select * from alvo order by b, d desc");
+        const QString all = QStringLiteral("Select * from Alvo order by b, d desc");
         QTest::newRow("primary key") << QStringLiteral(
                                             "a int auto_increment primary key, b varchar(20), c float, d date")
                                      << all << QStringLiteral("`a` = 1");
@@ -169,7 +169,7 @@ private Q_SLOTS:
                                     << QStringLiteral("`b` = 'd''água' AND `a` = 1");
         QTest::newRow("key not selected")
             << QStringLiteral("id int auto_increment primary key, a int, b varchar(20), c float, d date")
-            << QStringLiteral("Select b, a, d from alvo order by b, d desc")
+            << QStringLiteral("Select b, a, d from Alvo order by b, d desc")
             << QStringLiteral("`b` = 'd''água' AND `a` = 1 AND `d` = '2024-03-15' LIMIT 1");
         QTest::newRow("no key") << QStringLiteral("a int, b varchar(20), c float, d date") << all << QString();
     }
@@ -179,9 +179,11 @@ private Q_SLOTS:
         QFETCH(QString, select);
         QFETCH(QString, condition);
         support::BothBackEnds database(QStringLiteral("mysql"));
-        database.script({QStringLiteral("create table alvo (") + definition + QLatin1Char(')'),
-                         QStringLiteral("insert into alvo (a, b, c, d) values (1, 'd''água', 1.1, '2024-03-15')"),
-                         QStringLiteral("insert into alvo (a, b, c, d) values (2, 'd''água', 1.2, '0000-00-00')")});
+        database.script(
+            {QStringLiteral("create table alvo (") + definition + QLatin1Char(')'),
+             QStringLiteral("insert into alvo (a, b, c, d) values (1, 'd''água', 1.1, '2024-03-15')"),
+             QStringLiteral("insert into alvo (a, b, c, d) values (2, 'd''água', 1.2, '0000-00-00')"),
+             QStringLiteral("set session sql_mode = 'STRICT_TRANS_TABLES,NO_ZERO_DATE,NO_BACKSLASH_ESCAPES'")});
         MariaDbServer& server = MariaDbServer::shared();
         Recordset rows;
         rows.Open(select, database.connection());
@@ -191,7 +193,7 @@ private Q_SLOTS:
         const QStringList updates = server.statementLog().filter(QStringLiteral("UPDATE"));
         QCOMPARE(updates.size(), 1);
         if (!condition.isEmpty()) {
-            QCOMPARE(updates.first(), QStringLiteral("UPDATE `alvo` SET `b` = 'novo' WHERE ") + condition);
+            QCOMPARE(updates.first(), QStringLiteral("UPDATE `Alvo` SET `b` = 'novo' WHERE ") + condition);
         }
         rows.MoveNext();
         rows.SetField(u"b", QStringLiteral("outro"));

@@ -8,9 +8,11 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <cerrno>
 #include <csignal>
 #include <stdexcept>
 
+#include <unistd.h>
 #ifdef Q_OS_LINUX
 #include <sys/prctl.h>
 #endif
@@ -68,10 +70,13 @@ QString templateFolder()
         QDir(unfinished).removeRecursively();
         const QString options = cache + QStringLiteral("/mariadb-template.cnf");
         write(options, QStringLiteral("[mariadbd]\ninnodb_log_file_size=4M\ninnodb_undo_tablespaces=0\n"));
-        runProgram(QStringLiteral("mariadb-install-db"),
-                   {QStringLiteral("--defaults-file=") + options, QStringLiteral("--datadir=") + unfinished,
-                    QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--user=root"),
-                    QStringLiteral("--skip-test-db")});
+        QStringList arguments = {
+            QStringLiteral("--defaults-file=") + options, QStringLiteral("--datadir=") + unfinished,
+            QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--skip-test-db")};
+        if (::geteuid() == 0) { // Else the server would want a user of its own.
+            arguments << QStringLiteral("--user=root");
+        }
+        runProgram(QStringLiteral("mariadb-install-db"), arguments);
         if (!QDir().rename(unfinished, folder)) {
             fail(QStringLiteral("cannot name ") + folder);
         }
@@ -85,7 +90,7 @@ void removeLeftovers()
     const QDir temporary(QDir::tempPath());
     for (const QString& name : temporary.entryList({QStringLiteral("planilha-mariadb-*")}, QDir::Dirs)) {
         const auto owner = name.section(QLatin1Char('-'), 2, 2).toInt();
-        if (owner > 0 && ::kill(owner, 0) != 0) {
+        if (owner > 0 && ::kill(owner, 0) != 0 && errno == ESRCH) {
             QDir(temporary.filePath(name)).removeRecursively();
         }
     }
@@ -142,14 +147,13 @@ MariaDbServer::MariaDbServer()
     write(m_folder + QStringLiteral("/init.sql"),
           QStringLiteral("CREATE USER IF NOT EXISTS '%1'@'%' IDENTIFIED BY '%2';\nGRANT ALL ON *.* TO '%1'@'%';\n")
               .arg(user(), password()));
-    write(
-        m_folder + QStringLiteral("/my.cnf"),
-        QStringLiteral("[mariadbd]\nuser=root\ndatadir=%1/data\nsocket=%1/s\npid-file=%1/pid\nlog-error=%1/server.log\n"
-                       "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
-                       "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
-                       "innodb_log_file_size=4M\ninnodb_undo_tablespaces=0\ninnodb_buffer_pool_size=32M\n"
-                       "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")
-            .arg(m_folder, m_host));
+    write(m_folder + QStringLiteral("/my.cnf"),
+          QStringLiteral("[mariadbd]\n%3datadir=%1/data\nsocket=%1/s\npid-file=%1/pid\nlog-error=%1/server.log\n"
+                         "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
+                         "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
+                         "innodb_log_file_size=4M\ninnodb_undo_tablespaces=0\ninnodb_buffer_pool_size=32M\n"
+                         "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")
+              .arg(m_folder, m_host, ::geteuid() == 0 ? QStringLiteral("user=root\n") : QString()));
     start();
 }
 

@@ -5,6 +5,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <array>
 
 namespace ado::odbc {
 
@@ -59,18 +60,28 @@ QString catalogText(const RowSet& rows, qsizetype row, int column)
 
 } // namespace
 
-std::vector<ResultColumn> OdbcSession::describe(const QString& select) const
+OdbcSession::Description OdbcSession::describe(const QString& select) const
 {
     const Statement statement = makeStatement();
     if (!SQL_SUCCEEDED(SQLPrepareW(statement.get(), wide(select), static_cast<SQLINTEGER>(select.size())))) {
         throw diagnosis(SQL_HANDLE_STMT, statement.get(), select);
     }
-    return describeColumns(statement, select);
+    Description description;
+    description.columns = describeColumns(statement, select);
+    std::array<SQLWCHAR, 256> name{};
+    SQLSMALLINT length = 0;
+    if (SQL_SUCCEEDED(SQLColAttributeW(statement.get(), 1, SQL_DESC_BASE_TABLE_NAME, name.data(),
+                                       static_cast<SQLSMALLINT>(name.size() * sizeof(SQLWCHAR)), &length, nullptr))) {
+        description.storedTable = QString::fromUtf16(reinterpret_cast<const char16_t*>(name.data()));
+    }
+    return description;
 }
 
-QStringList OdbcSession::keyColumns(const QStringList& table, const std::vector<ResultColumn>& columns) const
+QStringList OdbcSession::keyColumns(const QStringList& table, const Description& description) const
 {
-    const QString name = table.last();
+    const auto& columns = description.columns;
+    // The catalogue knows a table by its stored name alone, whatever case the statement writes.
+    const QString name = description.storedTable.isEmpty() ? table.last() : description.storedTable;
     const QString database = table.size() > 1 ? table.first() : QString();
     SQLWCHAR* const catalog = database.isEmpty() ? nullptr : wide(database);
     const auto catalogLength = static_cast<SQLSMALLINT>(database.size());
@@ -119,19 +130,20 @@ void OdbcSession::prepareToAdd(const QString& select)
 void OdbcSession::addRow(const QString& select, const std::vector<FieldValue>& values)
 {
     const QStringList table = requireTable(select);
-    execute(insertStatement(m_dialect, table, converted(describe(select), values)));
+    execute(insertStatement(m_dialect, table, converted(describe(select).columns, values)));
 }
 
 void OdbcSession::updateRow(const QString& select, const RowSet& rows, qsizetype row,
                             const std::vector<FieldValue>& changes)
 {
     const QStringList table = requireTable(select);
-    const auto columns = describe(select);
+    const Description description = describe(select);
+    const auto& columns = description.columns;
     const auto condition = [&](const ResultColumn& column) {
         return sameValue(m_dialect, column, rows.value(row, rows.fieldIndex(column.field.name)));
     };
 
-    const QStringList key = keyColumns(table, columns);
+    const QStringList key = keyColumns(table, description);
     const bool isKeyed = !key.isEmpty() && std::none_of(key.begin(), key.end(), [&](const QString& name) {
         return rows.value(row, rows.fieldIndex(name)).isNull(); // A unique key may hold Null more than once.
     });

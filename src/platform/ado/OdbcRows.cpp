@@ -1,12 +1,12 @@
 #include "platform/ado/OdbcRows.h"
 
-#include <QDate>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
+#include <chrono>
+#include <cstring>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace ado::odbc {
@@ -49,11 +49,6 @@ FieldType fieldType(SQLSMALLINT sqlType, SQLULEN precision, SQLSMALLINT scale, b
     }
 }
 
-bool isBinary(SQLSMALLINT sqlType)
-{
-    return sqlType == SQL_BINARY || sqlType == SQL_VARBINARY || sqlType == SQL_LONGVARBINARY;
-}
-
 /// Number at the front of the text, which is moved past it.
 std::optional<int> takeNumber(std::string_view& text)
 {
@@ -91,32 +86,17 @@ std::optional<double> timeOfDay(std::string_view text)
     return (*hours * 3600.0 + *minutes * 60.0 + seconds) / 86400.0;
 }
 
-/// Serial of "yyyy-mm-dd", "yyyy-mm-dd hh:mm:ss" or "[-]hh:mm:ss"; none for a date that does not exist, 0000-00-00
-/// included.
-std::optional<vb::Date> parseDate(std::string_view text)
+/// Serial of a day and a fraction; none for a day that does not exist, 0000-00-00 included.
+std::optional<vb::Date> serialOf(int year, int month, int day, double fraction)
 {
-    if (text.size() < 5 || text[4] != '-') {
-        const bool isNegative = takeCharacter(text, '-');
-        const auto time = timeOfDay(text);
-        return time ? std::optional(vb::Date{isNegative ? -*time : *time}) : std::nullopt;
-    }
-    const auto year = takeNumber(text);
-    takeCharacter(text, '-');
-    const auto month = takeNumber(text);
-    takeCharacter(text, '-');
-    const auto day = takeNumber(text);
-    if (!year || !month || !day) {
+    using namespace std::chrono;
+    const year_month_day date(std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
+                              std::chrono::day{static_cast<unsigned>(day)});
+    if (!date.ok()) {
         return std::nullopt;
     }
-    const QDate date(*year, *month, *day);
-    if (!date.isValid()) {
-        return std::nullopt;
-    }
-    const auto days = static_cast<double>(QDate(1899, 12, 30).daysTo(date));
-    double fraction = 0;
-    if (takeCharacter(text, ' ')) {
-        fraction = timeOfDay(text).value_or(0);
-    }
+    constexpr sys_days Zero = std::chrono::year{1899} / 12 / 30;
+    const auto days = static_cast<double>((sys_days(date) - Zero).count());
     return vb::Date{days < 0 ? days - fraction : days + fraction};
 }
 
@@ -140,17 +120,26 @@ qint64 parseScaled(std::string_view text)
     return isNegative ? -scaled : scaled;
 }
 
-void appendCell(RowSet& rows, const ResultColumn& column, std::string_view text)
+void appendDate(RowSet& rows, const std::optional<vb::Date>& date)
+{
+    date ? rows.appendDate(*date) : rows.appendNull();
+}
+
+template <typename Value>
+Value valueIn(std::string_view cell)
+{
+    Value value{};
+    std::memcpy(&value, cell.data(), sizeof value);
+    return value;
+}
+
+/// A cell that the driver handed over as characters.
+void appendCharacters(RowSet& rows, const ResultColumn& column, std::string_view text)
 {
     switch (column.field.type) {
-    case FieldType::Long: {
-        qint64 number = 0;
-        if (column.sqlType == SQL_BIT) {
-            number = !text.empty() && text.front() != '0' && text.front() != '\0' ? -1 : 0;
-        } else {
-            std::from_chars(text.data(), text.data() + text.size(), number);
-        }
-        rows.appendLong(number);
+    case FieldType::Long: { // Bits alone.
+        const bool isTrue = !text.empty() && text.front() != '0' && text.front() != '\0';
+        rows.appendLong(isTrue ? -1 : 0);
         break;
     }
     case FieldType::Double: {
@@ -162,17 +151,58 @@ void appendCell(RowSet& rows, const ResultColumn& column, std::string_view text)
     case FieldType::Currency:
         rows.appendCurrency(vb::Currency::fromScaled(parseScaled(text)));
         break;
-    case FieldType::Date:
-        if (const auto date = parseDate(text)) {
-            rows.appendDate(*date);
-        } else {
-            rows.appendNull();
-        }
+    case FieldType::Date: { // Times of day alone.
+        const bool isNegative = takeCharacter(text, '-');
+        const auto time = timeOfDay(text);
+        appendDate(rows, time ? std::optional(vb::Date{isNegative ? -*time : *time}) : std::nullopt);
         break;
+    }
     case FieldType::Text:
         rows.appendText(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
         break;
     }
+}
+
+void appendCell(RowSet& rows, const ResultColumn& column, SQLSMALLINT cType, std::string_view cell)
+{
+    switch (cType) {
+    case SQL_C_SBIGINT:
+        rows.appendLong(valueIn<SQLBIGINT>(cell));
+        break;
+    case SQL_C_DOUBLE:
+        rows.appendDouble(valueIn<SQLDOUBLE>(cell));
+        break;
+    case SQL_C_TYPE_TIMESTAMP: {
+        const auto moment = valueIn<SQL_TIMESTAMP_STRUCT>(cell);
+        const double seconds =
+            moment.hour * 3600.0 + moment.minute * 60.0 + moment.second + static_cast<double>(moment.fraction) / 1e9;
+        appendDate(rows, serialOf(moment.year, moment.month, moment.day, seconds / 86400.0));
+        break;
+    }
+    default:
+        appendCharacters(rows, column, cell);
+    }
+}
+
+/// How a column is asked of the driver: numbers and dates in their own form, which spares both sides a text; where
+/// that would lose something (single precision, decimals, times beyond a day), and for texts, as characters.
+SQLSMALLINT cTypeOf(const ResultColumn& column)
+{
+    switch (column.field.type) {
+    case FieldType::Long:
+        return column.sqlType == SQL_BIT ? SQL_C_CHAR : SQL_C_SBIGINT;
+    case FieldType::Double:
+        return column.sqlType == SQL_DOUBLE ? SQL_C_DOUBLE : SQL_C_CHAR;
+    case FieldType::Currency:
+        return SQL_C_CHAR;
+    case FieldType::Date:
+        return column.sqlType == SQL_TYPE_TIME || column.sqlType == SQL_TIME ? SQL_C_CHAR : SQL_C_TYPE_TIMESTAMP;
+    case FieldType::Text:
+        break;
+    }
+    const bool isBinary =
+        column.sqlType == SQL_BINARY || column.sqlType == SQL_VARBINARY || column.sqlType == SQL_LONGVARBINARY;
+    return isBinary ? SQL_C_BINARY : SQL_C_CHAR;
 }
 
 /// Buffers of one column for a whole block of rows.
@@ -188,15 +218,17 @@ struct BoundColumn
 BoundColumn planColumn(const ResultColumn& column)
 {
     BoundColumn bound;
-    if (column.field.type != FieldType::Text) {
-        bound.width = static_cast<SQLLEN>(std::min<SQLULEN>(column.size, 256)) + 32; // Sign, point, exponent.
-        return bound;
-    }
-    if (isBinary(column.sqlType)) {
-        bound.cType = SQL_C_BINARY;
-    }
+    bound.cType = cTypeOf(column);
     constexpr SQLULEN BytesPerCharacter = 4;
-    if (column.size == 0 || column.size > static_cast<SQLULEN>(LongestBound) / BytesPerCharacter) {
+    if (bound.cType == SQL_C_SBIGINT) {
+        bound.width = sizeof(SQLBIGINT);
+    } else if (bound.cType == SQL_C_DOUBLE) {
+        bound.width = sizeof(SQLDOUBLE);
+    } else if (bound.cType == SQL_C_TYPE_TIMESTAMP) {
+        bound.width = sizeof(SQL_TIMESTAMP_STRUCT);
+    } else if (column.field.type != FieldType::Text) {
+        bound.width = static_cast<SQLLEN>(std::min<SQLULEN>(column.size, 256)) + 32; // Sign, point, exponent.
+    } else if (column.size == 0 || column.size > static_cast<SQLULEN>(LongestBound) / BytesPerCharacter) {
         bound.isBound = false;
     } else {
         bound.width = static_cast<SQLLEN>(column.size * BytesPerCharacter + 1);
@@ -310,14 +342,14 @@ RowSet fetchRows(const Statement& statement, const QString& text)
                 const BoundColumn& buffer = buffers[i];
                 if (!buffer.isBound) {
                     const auto cell = longCell(statement, static_cast<SQLUSMALLINT>(i + 1), buffer.cType, text);
-                    cell ? appendCell(rows, columns[i], *cell) : rows.appendNull();
+                    cell ? appendCell(rows, columns[i], buffer.cType, *cell) : rows.appendNull();
                 } else if (buffer.lengths[row] == SQL_NULL_DATA) {
                     rows.appendNull();
                 } else {
                     const char* cell = buffer.cells.data() + static_cast<std::size_t>(buffer.width) * row;
                     const auto length =
                         static_cast<std::size_t>(std::clamp<SQLLEN>(buffer.lengths[row], 0, buffer.width));
-                    appendCell(rows, columns[i], std::string_view(cell, length));
+                    appendCell(rows, columns[i], buffer.cType, std::string_view(cell, length));
                 }
             }
         }

@@ -36,31 +36,36 @@ std::unique_ptr<Link> connect(const OpenRequest& request)
     return link;
 }
 
+std::unique_ptr<OdbcSession> open(const OpenRequest& request)
+{
+    return std::make_unique<OdbcSession>(connect(request), request.commandTimeout);
+}
+
 /// What the connecting thread and the waiting one share. The one that comes last frees it.
 struct Attempt
 {
     std::mutex mutex;
     std::condition_variable ended;
     bool isEnded = false;
-    std::unique_ptr<Link> link;
+    std::unique_ptr<OdbcSession> session;
     std::exception_ptr error;
 };
 
-/// Connects, but waits no longer than the limit: drivers accept a limit without keeping it. A thread that still hangs
-/// is left to itself; what it gets in the end is closed unseen.
-std::unique_ptr<Link> connectInTime(const OpenRequest& request)
+/// Opens a session, but waits no longer than the limit: drivers accept a limit without keeping it. A thread that still
+/// hangs is left to itself; what it gets in the end is closed unseen.
+std::unique_ptr<OdbcSession> openInTime(const OpenRequest& request)
 {
     const auto attempt = std::make_shared<Attempt>();
     std::thread([attempt, request] {
-        std::unique_ptr<Link> link;
+        std::unique_ptr<OdbcSession> session;
         std::exception_ptr error;
         try {
-            link = connect(request);
+            session = open(request);
         } catch (...) {
             error = std::current_exception();
         }
         const std::lock_guard lock(attempt->mutex);
-        attempt->link = std::move(link);
+        attempt->session = std::move(session);
         attempt->error = error;
         attempt->isEnded = true;
         attempt->ended.notify_one();
@@ -77,7 +82,7 @@ std::unique_ptr<Link> connectInTime(const OpenRequest& request)
     if (attempt->error) {
         std::rethrow_exception(attempt->error);
     }
-    return std::move(attempt->link);
+    return std::move(attempt->session);
 }
 
 } // namespace
@@ -144,8 +149,10 @@ std::unique_ptr<Session> openOdbcSession(const OpenRequest& request)
     odbc::registerDrivers();
     // A decimal comma in the C library breaks number reading inside drivers; all our own reading is independent of it.
     std::setlocale(LC_NUMERIC, "C");
-    auto link = request.connectionTimeout > 0 ? odbc::connectInTime(request) : odbc::connect(request);
-    return std::make_unique<odbc::OdbcSession>(std::move(link), request.commandTimeout);
+    if (request.connectionTimeout > 0) {
+        return odbc::openInTime(request);
+    }
+    return odbc::open(request);
 }
 
 } // namespace ado

@@ -21,12 +21,19 @@ public:
                    const std::vector<FieldValue>& changes) override;
 
 private:
+    /// What a SELECT reads, known without reading a row.
+    struct Description
+    {
+        std::vector<ResultColumn> columns;
+        QString storedTable; ///< The table's name as the source keeps it; empty where the driver does not say.
+    };
+
     [[nodiscard]] Statement makeStatement() const;
     /// Executes and returns the handle, its rows not fetched yet.
     [[nodiscard]] Statement run(const QString& text) const;
-    [[nodiscard]] std::vector<ResultColumn> describe(const QString& select) const;
-    /// Columns of the primary key, else of a unique key, that `columns` hold whole; empty without one.
-    [[nodiscard]] QStringList keyColumns(const QStringList& table, const std::vector<ResultColumn>& columns) const;
+    [[nodiscard]] Description describe(const QString& select) const;
+    /// Columns of the primary key, else of a unique key, that the description holds whole; empty without one.
+    [[nodiscard]] QStringList keyColumns(const QStringList& table, const Description& description) const;
     [[nodiscard]] QString information(SQLUSMALLINT kind) const;
 
     std::unique_ptr<Link> m_link;

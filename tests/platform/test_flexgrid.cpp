@@ -184,7 +184,13 @@ private Q_SLOTS:
         grid.AddItem(u'\t' + QString(500, u'W'));
         QVERIFY(grid.columnWidth(1) < 500);
         // A dragged width outlives the next fill, which lays the grid out again.
-        grid.horizontalHeader()->resizeSection(1, 77);
+        QWidget* const header = grid.horizontalHeader()->viewport();
+        const QPoint edge(grid.columnViewportPosition(2) - 1, header->height() / 2);
+        const QPoint target(grid.columnViewportPosition(1) + 76, edge.y());
+        QTest::mousePress(header, Qt::LeftButton, {}, edge);
+        QMouseEvent drag(QEvent::MouseMove, target, header->mapToGlobal(target), Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(header, &drag);
+        QTest::mouseRelease(header, Qt::LeftButton, {}, target);
         laidOut(grid);
         grid.AddItem(u'\t' + text);
         QCOMPARE(grid.columnWidth(1), 77);

@@ -48,8 +48,11 @@ FlexGrid::FlexGrid(QWidget* parent)
     horizontalHeader()->setSectionsClickable(false);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(8);
-    connect(horizontalHeader(), &QHeaderView::sectionResized, this,
-            [this](int column, int, int pixels) { m_widths->draggedTo(column, pixels); });
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column, int, int pixels) {
+        if (m_pressedOnHeader)
+            m_widths->draggedTo(column, pixels);
+    });
+    horizontalHeader()->viewport()->installEventFilter(this);
 }
 
 FlexGrid::~FlexGrid()
@@ -280,6 +283,18 @@ QString FlexGrid::copyText() const
 }
 
 void FlexGrid::keyboardSearch(const QString&) {}
+
+/// Sections also change their size by themselves (a new style); only under the mouse it is the operator's wish.
+bool FlexGrid::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == horizontalHeader()->viewport()) {
+        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+            m_pressedOnHeader = true;
+        else if (event->type() == QEvent::MouseButtonRelease)
+            m_pressedOnHeader = false;
+    }
+    return QTableView::eventFilter(watched, event);
+}
 
 void FlexGrid::keyPressEvent(QKeyEvent* event)
 {

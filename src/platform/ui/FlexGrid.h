@@ -67,6 +67,7 @@ public:
 
     /// No search by typed letters: they belong to the window.
     void keyboardSearch(const QString& search) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
     void Click(); ///< Left button released on a data row, which is then current. Once for a double click.
@@ -90,6 +91,7 @@ private:
     std::unique_ptr<FlexGridModel> m_model;
     std::unique_ptr<FlexGridWidths> m_widths;
     bool m_pressedOnRow = false;
+    bool m_pressedOnHeader = false;
 };
 
 } // namespace platform

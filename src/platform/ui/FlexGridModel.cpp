@@ -209,7 +209,7 @@ void FlexGridModel::clear()
     resizeRows(0);
     m_rows = {};
     m_styles = {Style{}};
-    m_styleNumbers = {{Style{}, 0}};
+    m_styleNumbers = {};
     m_toolTips = {QString()};
     m_toolTipNumbers = {{QString(), 0}};
 }
@@ -282,6 +282,10 @@ void FlexGridModel::setStyle(int row, Style style)
 {
     while (!style.isEmpty() && style.last() == 0)
         style.removeLast();
+    if (style.isEmpty()) {
+        m_rows[row].style = 0;
+        return;
+    }
     const auto known = m_styleNumbers.constFind(style);
     const quint32 number = known == m_styleNumbers.constEnd() ? static_cast<quint32>(m_styles.size()) : *known;
     if (number == m_styles.size()) {

@@ -73,7 +73,7 @@ private:
     QList<Row> m_rows;
     QList<Column> m_columns;
     QList<Style> m_styles{Style{}};
-    QHash<Style, quint32> m_styleNumbers{{Style{}, 0}};
+    QHash<Style, quint32> m_styleNumbers; ///< Without number 0, no colour at all.
     QList<QString> m_toolTips{QString()};
     QHash<QString, quint32> m_toolTipNumbers{{QString(), 0}};
     int m_announced = 0;

@@ -6,6 +6,7 @@
 #include "shared/Services.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QPushButton>
 
 StationWindow::StationWindow(const Services& services, QWidget* parent)
@@ -37,6 +38,17 @@ void StationWindow::reject()
 {
     if (!closeInnermost())
         close();
+}
+
+void StationWindow::keyPressEvent(QKeyEvent* event)
+{
+    auto* const button = qobject_cast<QPushButton*>(focusWidget());
+    if (button && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        if (!event->isAutoRepeat())
+            button->click();
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void StationWindow::closeEvent(QCloseEvent* event)

@@ -7,7 +7,7 @@
 struct Services;
 
 /// A window beside the main one: a register, the ledger, the gauging. It remembers its place, Escape closes the
-/// innermost thing, and Enter never presses a button that does not have the focus. It lives until its handlers have
+/// innermost thing, and Enter presses the button that has the focus and no other. It lives until its handlers have
 /// returned, even when it is closed while one of them lets events run.
 class StationWindow : public QDialog
 {
@@ -34,6 +34,7 @@ protected:
     virtual bool closeInnermost() { return false; }
 
     void reject() override;
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 

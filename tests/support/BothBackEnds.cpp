@@ -61,6 +61,12 @@ QString BothBackEnds::missing(const QString& backEnd)
         return MariaDbServer::isInstalled() ? QString() : QStringLiteral("no MariaDB server is installed");
     }
 #ifdef TEST_SUPPORT_ACCESS_ENGINE
+    const QTemporaryDir folder;
+    try {
+        accessfile::Storage::create(folder.filePath(QStringLiteral("x.mdb")).toStdString());
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
     return {};
 #else
     return QStringLiteral("this build has no Access engine");

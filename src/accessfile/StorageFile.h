@@ -48,6 +48,14 @@ public:
     [[nodiscard]] const std::vector<CatalogEntry>& entries() const { return m_entries; }
 
 private:
+    void define(const std::function<void()>& work);
+    [[nodiscard]] TableFile& definable(const std::string& table);
+    [[nodiscard]] TableFile rights();
+    void checkNewText(const Column& column) const;
+    void addCatalogRow(const std::string& name, PageNumber page, const Bytes& properties);
+    void touchCatalogRow(PageNumber page, std::optional<Bytes> properties);
+    void addRights(std::int32_t object);
+    [[nodiscard]] Bytes ownerOf(std::int32_t object);
     void readCatalog();
     [[nodiscard]] const CatalogEntry* find(std::string_view name) const;
     [[nodiscard]] Bytes propertiesOf(const CatalogEntry& entry);
@@ -58,6 +66,9 @@ private:
     std::map<PageNumber, std::unique_ptr<TableFile>> m_tables;
     bool m_definitionsChanged = false;
 };
+
+/// Makes a blank file through a file system of the caller's; Storage::create uses the real one.
+void createStorage(FileSystem& files, const std::filesystem::path& file, std::string_view password);
 
 /// Opens through a file system of the caller's; Storage::open uses the real one.
 [[nodiscard]] std::unique_ptr<StorageFile> openStorage(FileSystem& files, const std::filesystem::path& file,

@@ -174,7 +174,7 @@ void TableFile::describe()
 std::string TableFile::refusal() const
 {
     const std::string table = "A tabela '" + m_name + "' só pode ser lida: ";
-    if (m_definition.fixed[40] != 0x4E && !m_systemAllowed)
+    if (m_definition.isSystem() && !m_systemAllowed)
         return table + "é uma tabela do sistema.";
     if (!m_properties.readable())
         return table + "as propriedades dela não são compreendidas.";

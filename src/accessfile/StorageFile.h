@@ -43,6 +43,8 @@ public:
 
     /// Number of the definition page of a table, system tables included; 0 when there is none.
     [[nodiscard]] TableFile* tableFile(std::string_view name);
+    /// The property blob of a table.
+    [[nodiscard]] Bytes propertiesOf(const CatalogEntry& entry);
     [[nodiscard]] Context& context() { return m_context; }
     [[nodiscard]] TableFile& catalog() { return m_catalog; }
     [[nodiscard]] const std::vector<CatalogEntry>& entries() const { return m_entries; }
@@ -58,7 +60,6 @@ private:
     [[nodiscard]] Bytes ownerOf(std::int32_t object);
     void readCatalog();
     [[nodiscard]] const CatalogEntry* find(std::string_view name) const;
-    [[nodiscard]] Bytes propertiesOf(const CatalogEntry& entry);
 
     Context m_context;
     TableFile m_catalog;

@@ -74,6 +74,7 @@ void RowReader::open(PagePointer home, RowId row)
     } else if (slot.kind != datapage::SlotKind::Live) {
         throwDamaged("referência a um registro excluído");
     }
+    m_length = slot.length;
     m_layout = RowLayout(datapage::bytesOf(*m_page, slot), m_definition.variableSlots() > 0);
 }
 

@@ -20,6 +20,8 @@ public:
     [[nodiscard]] RowId rowId() const { return m_row; }
     /// Where the row's bytes are: its own place, or that of the stub's target.
     [[nodiscard]] RowId place() const { return m_place; }
+    /// Bytes of the row as stored.
+    [[nodiscard]] std::size_t length() const { return m_length; }
     [[nodiscard]] const RowLayout& layout() const { return m_layout; }
     [[nodiscard]] Value value(int column) const;
     [[nodiscard]] bool appendText(int column, std::string& out) const;
@@ -31,6 +33,7 @@ private:
     RowLayout m_layout;
     RowId m_row;
     RowId m_place;
+    std::size_t m_length = 0;
 };
 
 class TableFile : public Table

@@ -1,7 +1,0 @@
-#include "accessfile/StorageFile.h"
-namespace accessfile {
-std::vector<std::string> StorageFile::verify()
-{
-    return {};
-}
-} // namespace accessfile

@@ -59,3 +59,9 @@ void GaugeList::keyPressEvent(QKeyEvent* event)
     }
     QListWidget::keyPressEvent(event);
 }
+
+void GaugeList::focusInEvent(QFocusEvent* event)
+{
+    m_typed.clear();
+    QListWidget::focusInEvent(event);
+}

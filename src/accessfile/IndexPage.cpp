@@ -10,7 +10,6 @@ namespace {
 constexpr std::size_t bitmapAt = 27;
 constexpr std::size_t bitmapLength = 453;
 constexpr std::size_t entriesAt = 480;
-constexpr std::size_t longestEntry = 520;
 
 } // namespace
 
@@ -91,7 +90,7 @@ IndexPage IndexPage::read(const PageBytes& page)
                 entry.resize(prefix);
                 append(entry, stored);
             }
-            if (entry.size() < least || entry.size() > longestEntry)
+            if (entry.size() < least || entry.size() > indexEntryArea)
                 throwDamaged("registro de índice");
             result.entries.push(entry);
             start = end;

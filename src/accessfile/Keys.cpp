@@ -126,28 +126,6 @@ void appendKeyPart(const ColumnDefinition& column, const Value& value, bool asce
     append(key, part);
 }
 
-void shortenKey(Bytes& key)
-{
-    constexpr std::array<std::uint16_t, 8> table = {0x0580, 0x0F80, 0x1B80, 0x3380, 0x6380, 0xC380, 0x8381, 0x0383};
-    if (key.size() <= longestKey)
-        return;
-    unsigned check = 0;
-    for (std::size_t i = longestKey - 2; i < key.size(); ++i) {
-        check ^= static_cast<unsigned>(key[i]) << 8;
-        if (i + 1 == key.size())
-            break;
-        unsigned mixed = 0;
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            if ((check >> bit & 1) != 0)
-                mixed ^= table[bit];
-        }
-        check = check >> 8 ^ mixed;
-    }
-    key.resize(longestKey - 2);
-    key.push_back(static_cast<std::uint8_t>(check >> 8 & 0xFF));
-    key.push_back(static_cast<std::uint8_t>(check & 0xFF));
-}
-
 IndexKey makeKey(const TableDefinition& definition, const PhysicalIndex& index,
                  const std::function<Value(std::size_t)>& valueOf)
 {
@@ -163,7 +141,9 @@ IndexKey makeKey(const TableDefinition& definition, const PhysicalIndex& index,
         key.allNull = key.allNull && null;
         appendKeyPart(column, value, part.ascending, key.bytes);
     }
-    shortenKey(key.bytes);
+    // Engines disagree on how a longer key is kept.
+    if (key.bytes.size() > longestKey)
+        throw Error(ErrorKind::TooLong, "Os valores indexados do registro são longos demais.");
     return key;
 }
 

@@ -18,11 +18,8 @@ struct IndexKey
 /// Appends the key bytes of one column. Raises TypeMismatch for a value of another type or a text outside the order.
 void appendKeyPart(const ColumnDefinition& column, const Value& value, bool ascending, Bytes& key);
 
-/// Key of a row in an index; `valueOf` gives the cell of a column by its position in the definition.
+/// Key of a row in an index; raises TooLong for one over the limit. `valueOf` gives the cell of a column by its position in the definition.
 [[nodiscard]] IndexKey makeKey(const TableDefinition& definition, const PhysicalIndex& index,
                                const std::function<Value(std::size_t)>& valueOf);
-
-/// A key over the limit keeps its head and a check of the rest.
-void shortenKey(Bytes& key);
 
 } // namespace accessfile

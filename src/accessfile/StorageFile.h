@@ -43,14 +43,23 @@ public:
 
     /// Number of the definition page of a table, system tables included; 0 when there is none.
     [[nodiscard]] TableFile* tableFile(std::string_view name);
+    /// The property blob of a table.
+    [[nodiscard]] Bytes propertiesOf(const CatalogEntry& entry);
     [[nodiscard]] Context& context() { return m_context; }
     [[nodiscard]] TableFile& catalog() { return m_catalog; }
     [[nodiscard]] const std::vector<CatalogEntry>& entries() const { return m_entries; }
 
 private:
+    void define(const std::function<void()>& work);
+    [[nodiscard]] TableFile& definable(const std::string& table);
+    [[nodiscard]] TableFile rights();
+    void checkNewText(const Column& column) const;
+    void addCatalogRow(const std::string& name, PageNumber page, const Bytes& properties);
+    void touchCatalogRow(PageNumber page, std::optional<Bytes> properties);
+    void addRights(std::int32_t object);
+    [[nodiscard]] Bytes ownerOf(std::int32_t object);
     void readCatalog();
     [[nodiscard]] const CatalogEntry* find(std::string_view name) const;
-    [[nodiscard]] Bytes propertiesOf(const CatalogEntry& entry);
 
     Context m_context;
     TableFile m_catalog;
@@ -58,6 +67,9 @@ private:
     std::map<PageNumber, std::unique_ptr<TableFile>> m_tables;
     bool m_definitionsChanged = false;
 };
+
+/// Makes a blank file through a file system of the caller's; Storage::create uses the real one.
+void createStorage(FileSystem& files, const std::filesystem::path& file, std::string_view password);
 
 /// Opens through a file system of the caller's; Storage::open uses the real one.
 [[nodiscard]] std::unique_ptr<StorageFile> openStorage(FileSystem& files, const std::filesystem::path& file,

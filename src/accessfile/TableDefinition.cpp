@@ -239,8 +239,20 @@ TableDefinition TableDefinition::makeNew(bool system)
     TableDefinition definition;
     store32(definition.fixed.data() + 12, definitionMark);
     store32(definition.fixed.data() + incrementAt, 1);
-    definition.fixed[40] = system ? 0x53 : 0x4E;
+    definition.fixed[40] = system ? systemTable : userTable;
     return definition;
+}
+
+void PhysicalIndex::storePlaces()
+{
+    storeRowId(entry.data() + 34, ownedMap);
+    store32(entry.data() + 38, root);
+}
+
+void TableDefinition::setMaps(RowId owned, RowId free)
+{
+    storeRowId(fixed.data() + 55, owned);
+    storeRowId(fixed.data() + 59, free);
 }
 
 int TableDefinition::columnById(std::uint16_t id) const
@@ -388,6 +400,19 @@ void TableDefinition::addColumn(const Column& column, RowId longOwned, RowId lon
         throw Error(ErrorKind::TooLong, "As colunas da tabela passam do tamanho máximo de um registro.");
 }
 
+void TableDefinition::orderSlots()
+{
+    std::uint16_t slot = 0;
+    for (const bool longValues : {false, true}) {
+        for (ColumnDefinition& column : columns) {
+            if (column.fixed || column.isLongValue() != longValues)
+                continue;
+            column.slot = slot++;
+            store16(column.entry.data() + 7, column.slot);
+        }
+    }
+}
+
 void TableDefinition::addIndex(const Index& index, const std::vector<KeyColumn>& keyColumns, RowId map, PageNumber root)
 {
     checkName(index.name);
@@ -400,7 +425,7 @@ void TableDefinition::addIndex(const Index& index, const std::vector<KeyColumn>&
     for (std::size_t i = 0; i < keySlots; ++i) {
         std::uint8_t* at = entry.data() + 4 + 3 * i;
         store16(at, i < keyColumns.size() ? keyColumns[i].id : unusedKey);
-        at[2] = i < keyColumns.size() && !keyColumns[i].ascending ? 0 : 1;
+        at[2] = i < keyColumns.size() && keyColumns[i].ascending ? 1 : 0;
     }
     storeRowId(entry.data() + 34, map);
     store32(entry.data() + 38, root);

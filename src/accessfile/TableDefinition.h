@@ -52,6 +52,9 @@ struct PhysicalIndex
     bool unique = false;
     bool skipNulls = false;
     bool required = false;
+
+    /// Writes `ownedMap` and `root` into `entry`.
+    void storePlaces();
 };
 
 struct LogicalIndex
@@ -80,12 +83,16 @@ public:
     [[nodiscard]] std::size_t variableSlots() const { return load16(fixed.data() + 43); }
     [[nodiscard]] RowId ownedMap() const { return loadRowId(fixed.data() + 55); }
     [[nodiscard]] RowId freeMap() const { return loadRowId(fixed.data() + 59); }
+    [[nodiscard]] bool isSystem() const { return fixed[40] != userTable; }
+    void setMaps(RowId owned, RowId free);
     [[nodiscard]] int columnById(std::uint16_t id) const;
     /// Bytes of the fixed area of a row.
     [[nodiscard]] std::size_t fixedArea() const;
 
     /// Appends a column, which gets the next id and place. Long values get their maps from the caller first.
     void addColumn(const Column& column, RowId longOwned, RowId longFree, std::size_t leastFixedOffset);
+    /// Puts the slots of long values behind those of other columns; only for a table without rows.
+    void orderSlots();
     void addIndex(const Index& index, const std::vector<KeyColumn>& columns, RowId map, PageNumber root);
 
     std::array<std::uint8_t, 63> fixed{};
@@ -95,6 +102,8 @@ public:
     std::vector<LogicalIndex> logical;
     std::vector<PageNumber> pages;
 
+    static constexpr std::uint8_t userTable = 0x4E;
+    static constexpr std::uint8_t systemTable = 0x53;
     // Places in the first page of what changes with every row.
     static constexpr std::size_t rowCountAt = 16;
     static constexpr std::size_t lastNumberAt = 20;

@@ -74,6 +74,7 @@ void RowReader::open(PagePointer home, RowId row)
     } else if (slot.kind != datapage::SlotKind::Live) {
         throwDamaged("referência a um registro excluído");
     }
+    m_length = slot.length;
     m_layout = RowLayout(datapage::bytesOf(*m_page, slot), m_definition.variableSlots() > 0);
 }
 
@@ -174,7 +175,7 @@ void TableFile::describe()
 std::string TableFile::refusal() const
 {
     const std::string table = "A tabela '" + m_name + "' só pode ser lida: ";
-    if (m_definition.fixed[40] != 0x4E && !m_systemAllowed)
+    if (m_definition.isSystem() && !m_systemAllowed)
         return table + "é uma tabela do sistema.";
     if (!m_properties.readable())
         return table + "as propriedades dela não são compreendidas.";

@@ -20,6 +20,8 @@ public:
     [[nodiscard]] RowId rowId() const { return m_row; }
     /// Where the row's bytes are: its own place, or that of the stub's target.
     [[nodiscard]] RowId place() const { return m_place; }
+    /// Bytes of the row as stored.
+    [[nodiscard]] std::size_t length() const { return m_length; }
     [[nodiscard]] const RowLayout& layout() const { return m_layout; }
     [[nodiscard]] Value value(int column) const;
     [[nodiscard]] bool appendText(int column, std::string& out) const;
@@ -31,6 +33,7 @@ private:
     RowLayout m_layout;
     RowId m_row;
     RowId m_place;
+    std::size_t m_length = 0;
 };
 
 class TableFile : public Table
@@ -48,6 +51,12 @@ public:
     RowId insert(std::span<const std::optional<Value>> values) override;
     void update(RowId row, std::span<const std::pair<int, Value>> changes) override;
     void erase(RowId row) override;
+
+    // Changes of the definition, each inside a unit and reloaded afterwards by the caller, who checks names and rights.
+    void addColumn(const Column& column);
+    void addIndex(const Index& index);
+    /// Gives back every page of the table, its definition included.
+    void releasePages();
 
     /// Reads the definition again, after it was changed or a change of it was undone.
     void reload(Bytes properties);
@@ -70,6 +79,13 @@ private:
                     std::optional<LongValues::Prepared>& prepared) const;
     [[nodiscard]] RowReader openRow(RowId row) const;
     [[nodiscard]] RowId placeRow(ByteView row, bool asTarget);
+    [[nodiscard]] std::vector<RowId> allRows() const;
+    [[nodiscard]] std::size_t leastFixedOffset() const;
+    /// Writes rows anew for a definition with one column more.
+    void widenRows(const std::vector<RowId>& rows, const TableDefinition& changed);
+    /// Removes a map, and frees its pages when `own` tells which can be the table's.
+    void releaseMap(RowId map, const std::function<bool(const PageBytes&)>* own);
+    [[noreturn]] void throwDuplicateKey() const;
     void storeRow(RowId row, RowId place, const Bytes& bytes);
     void removeTarget(RowId place);
     void markRoom(PageNumber page);

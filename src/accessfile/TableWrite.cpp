@@ -42,10 +42,15 @@ void TableFile::checkUnique(const std::vector<std::optional<IndexKey>>& keys, st
         if (!index.unique || !keys[i] || keys[i]->anyNull)
             continue;
         if (IndexTree(m_context, m_page, index).rowWithKey(keys[i]->bytes, except))
-            throw Error(ErrorKind::DuplicateKey, "As alterações não foram feitas porque criariam valores duplicados no "
-                                                 "índice ou na chave primária da tabela '" +
-                                                     m_name + "'.");
+            throwDuplicateKey();
     }
+}
+
+void TableFile::throwDuplicateKey() const
+{
+    throw Error(ErrorKind::DuplicateKey, "As alterações não foram feitas porque criariam valores duplicados no índice "
+                                         "ou na chave primária da tabela '" +
+                                             m_name + "'.");
 }
 
 void TableFile::checkValue(std::size_t column, const Value& value) const

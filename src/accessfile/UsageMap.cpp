@@ -147,13 +147,19 @@ bool UsageMap::contains(PageNumber page) const
 
 std::vector<PageNumber> UsageMap::pages() const
 {
+    std::vector<PageNumber> found = allPages();
+    std::erase_if(found, [this](PageNumber page) { return page >= m_pager.pageCount(); });
+    return found;
+}
+
+std::vector<PageNumber> UsageMap::allPages() const
+{
     std::vector<PageNumber> found;
-    const std::uint64_t limit = m_pager.pageCount();
     forEachPart(m_pager, viewOf(m_pager, m_row), [&](std::uint64_t base, ByteView bits) {
         for (std::size_t i = 0; i < bits.size(); ++i) {
             for (unsigned byte = bits[i]; byte != 0; byte &= byte - 1) {
                 const std::uint64_t page = base + i * 8 + static_cast<unsigned>(std::countr_zero(byte));
-                if (page != 0 && page < limit)
+                if (page != 0 && page < largestFile / pageSize)
                     found.push_back(static_cast<PageNumber>(page));
             }
         }

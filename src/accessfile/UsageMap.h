@@ -41,6 +41,8 @@ public:
     [[nodiscard]] bool contains(PageNumber page) const;
     /// All pages, ascending; those beyond the end of the file are left out.
     [[nodiscard]] std::vector<PageNumber> pages() const;
+    /// All pages, those beyond the end of the file too.
+    [[nodiscard]] std::vector<PageNumber> allPages() const;
     [[nodiscard]] std::optional<PageNumber> highest() const;
     void add(PageNumber page, PageAllocator& allocator);
     void remove(PageNumber page);

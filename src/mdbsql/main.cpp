@@ -7,6 +7,12 @@
 #include <iostream>
 #include <sstream>
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 namespace {
 
 constexpr const char* usage =
@@ -15,7 +21,7 @@ constexpr const char* usage =
     "  -c COMANDO         executa o comando em vez de ler um roteiro da entrada padrão\n"
     "  --password SENHA   senha do banco de dados\n"
     "  --create           antes, cria o arquivo em branco (com a senha, se dada)\n"
-    "  --verify           confere o arquivo inteiro e mostra o que encontrar de errado\n"
+    "  --verify           confere o arquivo inteiro e mostra o que encontrar de errado; sem -c não lê roteiro\n"
     "\n"
     "No roteiro cada comando termina com ; no fim da linha; linhas que começam com -- são comentários. O primeiro\n"
     "erro encerra o roteiro.\n";
@@ -199,6 +205,16 @@ bool runScript(accessfile::Database& database, std::istream& input, const std::s
     return true;
 }
 
+/// True when the standard input is a person's, from whom no script is awaited after --create.
+bool isTerminal()
+{
+#ifdef _WIN32
+    return _isatty(_fileno(stdin)) != 0;
+#else
+    return isatty(STDIN_FILENO) != 0;
+#endif
+}
+
 int runMain(const Options& options)
 {
     const std::filesystem::path file(options.file);
@@ -213,7 +229,7 @@ int runMain(const Options& options)
     if (options.command) {
         std::istringstream command(*options.command);
         good = runScript(database, command, "-c");
-    } else if (!options.create && !options.verify) {
+    } else if (!options.verify && (!options.create || !isTerminal())) {
         good = runScript(database, std::cin, "stdin");
     }
     if (good && options.verify) {

@@ -17,6 +17,7 @@ constexpr int FirstColumnBox = 9;
 constexpr int GridTopMargin = 60;
 constexpr int BoxPadding = 20;
 constexpr int PageLabel = 19;
+constexpr double SmallestLabelFont = 6;
 
 /// Boxes and labels of the totals and of the signature.
 bool onLastPageOnly(int box)
@@ -123,8 +124,14 @@ void frmp::imprime_pagina(platform::PrinterObject& printer, Pages pages) const
             caption = QStringLiteral("Página %1 de %2").arg(pages.current + 1).arg(pages.count);
         const QRectF place = inTwips(label->geometry());
         printer.setFontName(label->font().family());
-        printer.setFontSize(label->font().pointSizeF());
         printer.setFontBold(label->font().bold());
+        // A long name or address is printed smaller before it is cut.
+        double size = label->font().pointSizeF();
+        printer.setFontSize(size);
+        while (size > SmallestLabelFont && printer.TextWidth(caption) > place.width()) {
+            size -= 0.5;
+            printer.setFontSize(size);
+        }
         printer.setCurrentY(place.top());
         printWithin(printer, place.left(), caption, place.left(), place.right());
         printer.setFontBold(false);

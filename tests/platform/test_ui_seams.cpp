@@ -1,4 +1,5 @@
 #include "platform/ado/Error.h"
+#include "platform/print/Printers.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/DatePicker.h"
@@ -160,6 +161,9 @@ private Q_SLOTS:
         row(
             "source", [] { throw ado::Error(-2147467259, QStringLiteral("Tabela não existe"), QStringLiteral("x")); },
             u"Erro em tempo de execução '-2147467259':\n\nTabela não existe");
+        row(
+            "printer", [] { throw platform::PrintError(QStringLiteral("A fila não existe.")); },
+            u"Erro em tempo de execução '482':\n\nA fila não existe.");
         row(
             "memory", [] { throw std::bad_alloc(); }, u"Erro em tempo de execução '7':\n\nMemória insuficiente");
         row(

@@ -53,7 +53,10 @@ void prepareApplication(QApplication& application)
 
     QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());
+    // A plain, narrow face: the grids show all their columns on a small screen.
     QFont font = QApplication::font();
+    font.setFamilies({QStringLiteral("Segoe UI"), QStringLiteral("Noto Sans"), QStringLiteral("Liberation Sans"),
+                      QStringLiteral("Arial"), font.family()});
     font.setPointSize(fontPoints);
     QApplication::setFont(font);
 }

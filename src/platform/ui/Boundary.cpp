@@ -1,6 +1,7 @@
 #include "platform/ui/Boundary.h"
 
 #include "platform/ado/Error.h"
+#include "platform/print/Printers.h"
 #include "platform/vb/Error.h"
 
 #include <new>
@@ -11,6 +12,7 @@ namespace {
 
 constexpr int outOfMemory = 7;
 constexpr int internalError = 51;
+constexpr int printerError = 482;
 
 QString numbered(int number, const QString& text)
 {
@@ -62,6 +64,8 @@ QString errorText(const std::exception& error)
         return numbered(conversion->number(), conversion->description());
     if (const auto* const source = dynamic_cast<const ado::Error*>(&error))
         return numbered(source->number(), source->text());
+    if (dynamic_cast<const PrintError*>(&error))
+        return numbered(printerError, QString::fromUtf8(error.what()));
     if (dynamic_cast<const std::bad_alloc*>(&error))
         return numbered(outOfMemory, QStringLiteral("Memória insuficiente"));
     return numbered(internalError, QStringLiteral("Erro interno: ") + QString::fromUtf8(error.what()));

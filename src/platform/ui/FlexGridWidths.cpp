@@ -131,12 +131,17 @@ void FlexGridWidths::viewChanged()
 
 int FlexGridWidths::naturalWidth(const Column& column) const
 {
+    return column.dragged > 0 ? column.dragged : std::max(leastWidth(column), column.content);
+}
+
+int FlexGridWidths::leastWidth(const Column& column) const
+{
     if (column.dragged > 0)
         return column.dragged;
     const int given = column.twips < 0
                           ? m_view.horizontalHeader()->defaultSectionSize()
                           : static_cast<int>(std::lround(column.twips * m_view.logicalDpiX() / twipsPerInch));
-    return std::max({given, column.title, column.content, m_view.horizontalHeader()->minimumSectionSize()});
+    return std::max({given, column.title, m_view.horizontalHeader()->minimumSectionSize()});
 }
 
 void FlexGridWidths::apply()
@@ -160,8 +165,10 @@ void FlexGridWidths::apply()
     }
     if (m_stretch < 0 || m_stretch >= m_columns.size() || m_columns.at(m_stretch).twips == 0)
         return;
-    const int free = m_columns.at(m_stretch).dragged > 0 ? 0 : std::max(0, m_view.viewport()->width() - taken);
-    header.resizeSection(m_stretch, naturalWidth(m_columns.at(m_stretch)) + free);
+    const Column& stretch = m_columns.at(m_stretch);
+    const int natural = naturalWidth(stretch);
+    const int free = stretch.dragged > 0 ? 0 : m_view.viewport()->width() - taken;
+    header.resizeSection(m_stretch, std::max(leastWidth(stretch), natural + free));
 }
 
 } // namespace platform

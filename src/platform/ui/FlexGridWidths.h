@@ -43,6 +43,8 @@ private:
     };
     [[nodiscard]] int textWidth(QByteArrayView text) const;
     [[nodiscard]] int naturalWidth(const Column& column) const;
+    /// Without its cells: the stretch column gives way to the others down to this.
+    [[nodiscard]] int leastWidth(const Column& column) const;
 
     QTableView& m_view;
     QList<Column> m_columns;

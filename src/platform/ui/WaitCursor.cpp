@@ -1,7 +1,7 @@
 #include "platform/ui/WaitCursor.h"
 
+#include <QApplication>
 #include <QCursor>
-#include <QGuiApplication>
 
 #include <chrono>
 
@@ -10,7 +10,13 @@ namespace platform {
 WaitCursor::WaitCursor()
 {
     m_patience.setSingleShot(true);
-    QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this] {
+    const QWidget* const modal = QApplication::activeModalWidget();
+    QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [this, modal] {
+        // A box or window that the work has opened waits for the operator, not the operator for the program.
+        if (QApplication::activeModalWidget() != modal) {
+            m_patience.start();
+            return;
+        }
         m_shown = true;
         QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     });

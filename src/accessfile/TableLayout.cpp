@@ -1,0 +1,98 @@
+#include "accessfile/TableLayout.h"
+
+#include "accessfile/IndexPage.h"
+#include "accessfile/TextCodec.h"
+
+#include <algorithm>
+
+namespace accessfile {
+
+void checkNewColumn(const TableDefinition& definition, const Column& column)
+{
+    for (const ColumnDefinition& each : definition.columns) {
+        if (sameName(each.name, column.name))
+            throw Error(ErrorKind::Duplicate, "A coluna '" + column.name + "' já existe na tabela.");
+        if (column.autonumber && column.type == ColumnType::Long && each.autonumber)
+            throw Error(ErrorKind::Duplicate, "A tabela já tem uma coluna numerada automaticamente.");
+    }
+}
+
+void declareIndex(TableDefinition& definition, const Index& index)
+{
+    std::vector<KeyColumn> keys;
+    for (const IndexColumn& part : index.columns) {
+        if (part.column < 0 || static_cast<std::size_t>(part.column) >= definition.columns.size())
+            throw Error(ErrorKind::MissingColumn, "O índice '" + index.name + "' cita uma coluna que não existe.");
+        const ColumnDefinition& column = definition.columns[static_cast<std::size_t>(part.column)];
+        const bool computable = column.type != ColumnType::Ole && column.type != ColumnType::BigBinary &&
+                                (column.type != ColumnType::Numeric || part.ascending) &&
+                                (!column.isText() || column.generalOrder);
+        if (!computable)
+            throw Error(ErrorKind::TypeMismatch, "A coluna '" + column.name + "' não pode ser indexada assim.");
+        if (std::any_of(keys.begin(), keys.end(), [&](const KeyColumn& key) { return key.id == column.id; }))
+            throw Error(ErrorKind::Duplicate,
+                        "A coluna '" + column.name + "' está duas vezes no índice '" + index.name + "'.");
+        keys.push_back({column.id, part.ascending});
+    }
+    for (const LogicalIndex& each : definition.logical) {
+        if (sameName(each.name, index.name))
+            throw Error(ErrorKind::Duplicate, "O índice '" + index.name + "' já existe na tabela.");
+        if (index.primary && each.kind == 1)
+            throw Error(ErrorKind::Duplicate, "A tabela já tem uma chave primária.");
+    }
+    definition.addIndex(index, keys, {}, 0);
+}
+
+TableDefinition declareTable(std::span<const Column> columns, std::span<const Index> indexes, bool system)
+{
+    if (columns.empty())
+        throw Error(ErrorKind::Syntax, "Uma tabela precisa de pelo menos uma coluna.");
+    TableDefinition definition = TableDefinition::makeNew(system);
+    for (const Column& column : columns) {
+        checkNewColumn(definition, column);
+        definition.addColumn(column, {}, {}, 0);
+    }
+    for (const Index& index : indexes)
+        declareIndex(definition, index);
+    return definition;
+}
+
+void giveMaps(Context& context, ColumnDefinition& column, PageNumber& mapPage)
+{
+    column.ownedMap = makeUsageMap(context.pager, context.allocator, mapPage);
+    column.freeMap = makeUsageMap(context.pager, context.allocator, mapPage);
+}
+
+void giveRoot(Context& context, PageNumber owner, PhysicalIndex& index, PageNumber& mapPage)
+{
+    index.ownedMap = makeUsageMap(context.pager, context.allocator, mapPage);
+    index.root = context.allocator.allocate();
+    IndexPage empty;
+    empty.owner = owner;
+    empty.write(context.pager.modify(index.root));
+    UsageMap(context.pager, index.ownedMap).add(index.root, context.allocator);
+    index.storePlaces();
+}
+
+void giveTablePages(Context& context, TableDefinition& definition, PageNumber page, PageNumber& mapPage)
+{
+    definition.pages = {page};
+    const RowId owned = makeUsageMap(context.pager, context.allocator, mapPage);
+    const RowId free = makeUsageMap(context.pager, context.allocator, mapPage);
+    definition.setMaps(owned, free);
+    const auto giveAllMaps = [&] {
+        for (ColumnDefinition& column : definition.columns) {
+            if (column.isLongValue())
+                giveMaps(context, column, mapPage);
+        }
+    };
+    // The catalog's own tables have the maps of their columns before those of their indexes.
+    if (definition.isSystem())
+        giveAllMaps();
+    for (PhysicalIndex& index : definition.physical)
+        giveRoot(context, page, index, mapPage);
+    if (!definition.isSystem())
+        giveAllMaps();
+}
+
+} // namespace accessfile

@@ -1,0 +1,73 @@
+#include "app/ModConec.h"
+
+#include "app/frmAguardeP.h"
+#include "app/frmprincipal.h"
+#include "data/StationDatabase.h"
+#include "platform/ui/Boundary.h"
+#include "platform/ui/Seams.h"
+#include "registers/frmsenha.h"
+#include "shared/Emitente.h"
+#include "shared/Services.h"
+#include "shared/SupervisorGate.h"
+
+#include <QApplication>
+#include <QEventLoop>
+
+namespace ModConec {
+
+namespace {
+
+/// True when the supervisor has not been recognised. Raises what the database raises.
+bool deniedAtStart(const Services& services, SupervisorGate& gate, const Emitente& emitente)
+{
+    gate.setPrompt([&] {
+        frmsenha prompt(services, gate, emitente, frmsenha::OnError::CloseAndRethrow);
+        prompt.exec();
+        prompt.rethrowError();
+    });
+    const bool denied = gate.RequireSupervisor();
+    gate.setPrompt([&] {
+        frmsenha prompt(services, gate, emitente, frmsenha::OnError::TellAndStay, QApplication::activeWindow());
+        prompt.exec();
+    });
+    return denied;
+}
+
+} // namespace
+
+int Main(const Environment& environment)
+{
+    data::StationDatabase database(environment.folder);
+    environment.events.DoEvents();
+    if (!platform::orEndProgram(environment.messages, [&] { database.open(environment.messages); }))
+        return 1;
+    database.addStockCodeColumn();
+    const Emitente emitente = Module1::carrega_emitente(database.DataConnection());
+
+    const Services services{database.DataConnection(), database.dialect(), environment.messages, environment.clock,
+                            environment.events};
+    SupervisorGate gate;
+    bool denied = true;
+    if (!platform::orEndProgram(environment.messages, [&] { denied = deniedAtStart(services, gate, emitente); }))
+        return 1;
+    if (denied)
+        return 0;
+
+    frmAguardeP aguarde;
+    aguarde.show();
+    environment.events.DoEvents();
+    frmprincipal principal(services, database, gate, emitente, environment.printers);
+    QEventLoop untilClosed;
+    QObject::connect(&principal, &frmprincipal::encerrado, &untilClosed, &QEventLoop::quit);
+    if (!platform::orEndProgram(environment.messages, [&] {
+            principal.carrega();
+            principal.show();
+        }))
+        return 1;
+    aguarde.close();
+    if (!principal.isClosed())
+        untilClosed.exec();
+    return 0;
+}
+
+} // namespace ModConec

@@ -1,0 +1,75 @@
+#include "app/frmprincipal.h"
+#include "ui_frmprincipal.h"
+
+#include "app/Closing.h"
+#include "data/StationDatabase.h"
+#include "platform/ui/Seams.h"
+#include "platform/vb/Conversion.h"
+#include "platform/vb/Format.h"
+#include "shared/Module1.h"
+#include "shared/Services.h"
+#include "shared/StockHelpers.h"
+#include "shared/SupervisorGate.h"
+
+#include <QScopedValueRollback>
+
+// Closing the sheet.
+
+void frmprincipal::fecha_com_senha()
+{
+    if (!m_gate.RequireSupervisor())
+        fecha_l();
+}
+
+void frmprincipal::fecha_l()
+{
+    // Events run between the rows: a second closing started meanwhile would write every reading twice.
+    if (m_ui->flexG->Rows() < 2 || m_fechando)
+        return;
+    const auto answer = m_services.messages.MsgBox(
+        QStringLiteral("Certifique-se que o lançamento esta totalmente correto antes de fechar a lista.\r\n"
+                       "Confirma o fechamento/Leitura da lista?"),
+        platform::vbYesNo + platform::vbExclamation, QStringLiteral("A T E N Ç Ã O"));
+    if (answer == platform::MsgBoxResult::No)
+        return;
+
+    const QDate day = m_ui->DTP->Value();
+    bool closed = false;
+    m_closeAfterwards = false;
+    {
+        const QScopedValueRollback<bool> closing(m_fechando, true);
+        closed = fecha_linhas(day);
+    }
+    if (!closed)
+        return;
+    Module1::formata_flexG(*m_ui->flexG);
+    mostra_total();
+    lista_do_dia(day);
+    if (m_closeAfterwards)
+        close();
+}
+
+bool frmprincipal::fecha_linhas(QDate day)
+{
+    const platform::FlexGrid& flexG = *m_ui->flexG;
+    const QString dateTime = m_services.dialect.SqlDateTime(vb::shortDate(day), QString());
+    // Only "nao", to the letter, keeps the stock as it is.
+    const bool deduct = m_database.BaixarDoEstoque() != u"nao";
+    for (int row = 1; row < flexG.Rows(); ++row) {
+        const Closing::Line line = Closing::lineOf(flexG, row);
+        const double product = vb::CDbl(Module1::prod_vinculado(m_services.DataConnection, line.pump));
+        if (product == 0) {
+            // The rows before this one stay closed: deliberate.
+            m_services.messages.MsgBox(
+                QStringLiteral("Nao foi identificado o codigo do produto do cadastro de Estoque para os produtos "
+                               "desta lista\r\n"
+                               "- Vá em (cadastro de produtos) e insira o codigo dos produtos utilizados nesta "
+                               "planilha\r\n"
+                               "- Após inseridos tente novamente fechar o lançamento"));
+            return false;
+        }
+        Closing::write(m_services, line, dateTime, product, deduct);
+        m_services.events.DoEvents();
+    }
+    return true;
+}

@@ -1,0 +1,446 @@
+#include "platform/ui/FlexGrid.h"
+#include "reports/CheckListReport.h"
+#include "reports/LedgerReport.h"
+#include "reports/SheetReport.h"
+#include "shared/Emitente.h"
+#include "shared/Module1.h"
+#include "support/Doubles.h"
+#include "support/PdfText.h"
+#include "support/PrintDoubles.h"
+
+#include <QTemporaryDir>
+
+using platform::FlexGrid;
+using support::PdfWord;
+
+namespace {
+
+const QDate First(2026, 11, 1);
+const QDate Last(2026, 11, 22);
+
+QString number(int whole)
+{
+    return QLocale(QLocale::Portuguese, QLocale::Brazil).toString(whole) + QStringLiteral(",00");
+}
+
+/// Left edge of a listing's column, counted from 1: 113 columns of 4.8 points stand in the middle of the paper.
+double edge(int column)
+{
+    return (595.276 - 113 * 4.8) / 2 + (column - 1) * 4.8;
+}
+
+/// The words of a listing's page, each put where it stands on the grid of columns. A word off the grid is told.
+QStringList listingLines(const QList<PdfWord>& words, int page)
+{
+    QMap<int, QString> lines; // by height in tenths of a point
+    for (const PdfWord& word : words) {
+        if (word.page != page)
+            continue;
+        const double column = (word.box.left() - edge(1)) / 4.8;
+        if (qAbs(column - qRound(column)) > 0.05)
+            return {QStringLiteral("off the columns: ") + word.text};
+        QString& line = lines[qRound(word.box.top() * 10)];
+        line = line.leftJustified(qRound(column)) + word.text;
+    }
+    return lines.values();
+}
+
+/// Words that are the text.
+QList<PdfWord> find(const QList<PdfWord>& words, const QString& text)
+{
+    QList<PdfWord> found;
+    for (const PdfWord& word : words) {
+        if (word.text == text)
+            found.append(word);
+    }
+    return found;
+}
+
+/// Place of the first word that contains the text.
+QRectF placeOf(const QList<PdfWord>& words, const QString& text)
+{
+    for (const PdfWord& word : words) {
+        if (word.text.contains(text))
+            return word.box;
+    }
+    return {};
+}
+
+/// Left edges of the sheet's column boxes in points, and the last one's right edge.
+constexpr double SheetEdges[] = {28.5, 64.5, 189, 259.5, 330, 382.5, 447, 498, 567};
+
+/// First columns of a listing's cells, and the one after the last.
+QList<int> stops(const QString& report)
+{
+    if (report == QStringLiteral("check-list"))
+        return {1, 10, 45, 62, 82};
+    return {1, 9, 18, 27, 48, 61, 74, 87, 113};
+}
+
+} // namespace
+
+class TestReports : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+    support::TestChooser m_chooser;
+    support::TestDefaultPrinter m_default;
+    support::TestSpooler m_spooler;
+    support::TestPump m_pump;
+    support::TestClock m_clock{QDateTime(Last, QTime(22, 5, 9))};
+    Emitente m_emitente;
+    FlexGrid m_grid;
+    FlexGrid m_items;
+
+    /// Prints the report over m_grid (and m_items) as it stands.
+    bool print(const QString& report)
+    {
+        const reports::ReportServices services{m_emitente, m_clock, m_pump, {m_chooser, m_default, m_spooler}};
+        if (report == QStringLiteral("sheet"))
+            return reports::imprime_planilha(m_grid, QStringLiteral("98.765,43"), QStringLiteral("4.321,00"), services);
+        if (report == QStringLiteral("check-list"))
+            return reports::imprime_conferencia(m_grid, m_items, First, Last, services);
+        return reports::imprime_controle(m_grid, QStringLiteral("GASOLINA ADITIVADA"), First, Last,
+                                         QStringLiteral("7.654,32"), QStringLiteral("1.234,56"), services);
+    }
+
+    QString file() const { return m_folder.filePath(QStringLiteral("papel.pdf")); }
+
+    /// Rows whose cells are all different. The columns are those of the window's grid.
+    static void fill(FlexGrid& grid, const QString& report, int rows, int offset = 0)
+    {
+        for (int i = offset + 1; i <= offset + rows; ++i) {
+            const QString date = QDate(2020, 1, 1).addDays(i).toString(QStringLiteral("dd/MM/yy"));
+            const QString name = QStringLiteral("ÁLCOOL-Nº%1").arg(i);
+            const QString code = QString::number(300 + i);
+            QStringList cells;
+            if (report == QStringLiteral("sheet"))
+                cells = {code,
+                         name,
+                         number(100'000 + i),
+                         number(1'200'000 + i),
+                         date,
+                         number(3'000 + i),
+                         number(i),
+                         number(50'000 + i),
+                         QStringLiteral("chave%1").arg(i)};
+            else if (report == QStringLiteral("check-list"))
+                cells = {code, name, number(100'000 + i), date, number(i)};
+            else
+                cells = {QString::number(i),
+                         QString::number(20'000 + i),
+                         date,
+                         name,
+                         number(100'000 + i),
+                         number(20'000 + i),
+                         QStringLiteral("NF%1").arg(i),
+                         QStringLiteral("Refinaria-%1").arg(i)};
+            grid.AddItem(cells.join(u'\t'));
+        }
+    }
+
+    /// Every cell of the grid stands once on the sheet, in its box; the rows from top to bottom.
+    static void checkSheet(const QList<PdfWord>& words, const FlexGrid& grid)
+    {
+        double previous = 0;
+        for (int row = 1; row < grid.Rows(); ++row) {
+            for (int column = 0; column < 8; ++column) {
+                const QString text = grid.TextMatrix(row, column);
+                const QList<PdfWord> found = find(words, text);
+                QVERIFY2(found.size() == 1, qPrintable(QStringLiteral("%1 times %2").arg(found.size()).arg(text)));
+                const QRectF box = found.first().box;
+                QVERIFY2(box.left() > SheetEdges[column] && box.right() < SheetEdges[column + 1], qPrintable(text));
+                const double height = found.first().page * 842 + box.top();
+                QVERIFY2(column == 0 ? height > previous : qAbs(height - previous) < 0.1, qPrintable(text));
+                previous = height;
+            }
+        }
+    }
+
+    /// Every row of the grid is a line of the listing and each cell stands between its stops, numbers to the right.
+    static void checkListing(const QStringList& lines, const FlexGrid& grid, const QString& report)
+    {
+        const QList<int> from = stops(report);
+        const bool ledger = report == QStringLiteral("ledger");
+        qsizetype previous = -1;
+        for (int row = 1; row < grid.Rows(); ++row) {
+            const QString name = u'|' + grid.TextMatrix(row, ledger ? 3 : 1);
+            const QStringList found =
+                lines.filter(QRegularExpression(QRegularExpression::escape(name) + QStringLiteral("\\b")));
+            QVERIFY2(found.size() == 1, qPrintable(name));
+            QVERIFY2(lines.indexOf(found.first()) > previous, qPrintable(name));
+            previous = lines.indexOf(found.first());
+            for (int column = 0; column < from.size() - 1; ++column) {
+                const bool right = ledger ? column == 4 || column == 5 : column == 2 || column == 3;
+                const int width = from.at(column + 1) - from.at(column);
+                QString expected = grid.TextMatrix(row, column);
+                if (right)
+                    expected = expected.rightJustified(ledger ? 12 : 15);
+                if (column > 0)
+                    expected.prepend(u'|');
+                QCOMPARE(found.first().leftJustified(113).mid(from.at(column) - 1, width),
+                         expected.leftJustified(width));
+            }
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        if (!support::hasPdfTools())
+            QSKIP("poppler-utils is not installed");
+        QVERIFY(m_folder.isValid());
+        QFile::remove(file());
+        m_chooser = {};
+        m_chooser.answer.fileName = file();
+        m_default = {};
+        m_default.printers = QStringList{QStringLiteral("Escritório"), QStringLiteral("Pista")};
+        m_default.current = m_default.printers.first();
+        m_spooler = {};
+        m_emitente = {QStringLiteral("Auto Posto Três Ipês Ltda"), QStringLiteral("000.111.222.333"),
+                      QStringLiteral("00.111.222/0001-33"),
+                      QStringLiteral("Rua das Acácias, 15, Conceição, (00) 3900-0000")};
+        for (FlexGrid* grid : {&m_grid, &m_items}) {
+            grid->clearRows();
+            grid->setCols(9);
+        }
+    }
+
+    void everyValueOnceAndInItsColumn_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("items");
+        QTest::addColumn<int>("pages");
+        struct Case
+        {
+            const char* report;
+            int rows, items, pages;
+        };
+        for (const Case& row : {Case{"sheet", 0, 0, 1},
+                                {"sheet", 1, 0, 1},
+                                {"sheet", 10, 0, 1},
+                                {"sheet", 40, 0, 1},
+                                {"sheet", 200, 0, 3},
+                                {"check-list", 0, 0, 1},
+                                {"check-list", 1, 1, 1},
+                                {"check-list", 10, 10, 1},
+                                {"check-list", 40, 10, 2},
+                                {"check-list", 10, 40, 2},
+                                {"check-list", 200, 40, 7},
+                                {"ledger", 0, 0, 1},
+                                {"ledger", 1, 0, 1},
+                                {"ledger", 10, 0, 1},
+                                {"ledger", 40, 0, 2},
+                                {"ledger", 200, 0, 5}})
+            QTest::addRow("%s %d+%d", row.report, row.rows, row.items)
+                << QString::fromLatin1(row.report) << row.rows << row.items << row.pages;
+    }
+    void everyValueOnceAndInItsColumn()
+    {
+        QFETCH(QString, report);
+        QFETCH(int, rows);
+        QFETCH(int, items);
+        fill(m_grid, report, rows);
+        fill(m_items, report, items, rows);
+        QVERIFY(print(report));
+        if (const QString keep = qEnvironmentVariable("PLANILHA_KEEP_PAPERS"); !keep.isEmpty())
+            QFile::copy(file(), QStringLiteral("%1/%2.pdf").arg(keep, QString::fromUtf8(QTest::currentDataTag())));
+
+        const QList<PdfWord> words = support::pdfWords(file());
+        support::checkPaper(file(), words);
+        QFETCH(int, pages);
+        QCOMPARE(words.last().page, pages);
+        if (report == QStringLiteral("sheet")) {
+            checkSheet(words, m_grid);
+        } else {
+            QStringList lines;
+            for (int page = 1; page <= pages; ++page)
+                lines += listingLines(words, page);
+            checkListing(lines, m_grid, report);
+            checkListing(lines, m_items, report);
+        }
+        if (QTest::currentTestFailed())
+            return;
+        QCOMPARE(find(words, QStringLiteral("Página")).size(), pages > 1 ? pages : 0);
+        // Captions on every page, and the check-list has two kinds of rows.
+        const QString caption = QString::fromLatin1(report == QStringLiteral("sheet") ? "LeitAnterior" : "|Descritivo");
+        qsizetype captions = 0;
+        for (const PdfWord& word : words)
+            captions += word.text.contains(caption);
+        QVERIFY(captions == pages + (report == QStringLiteral("check-list")) || (items == 40 && captions > pages));
+        if (report == QStringLiteral("sheet")) {
+            for (const char* text : {"98.765,43", "4.321,00", "Responsavel", "LTS-TOT"}) {
+                const QList<PdfWord> found = find(words, QString::fromUtf8(text));
+                QVERIFY2(found.size() == 1 && found.first().page == pages, text);
+            }
+            QCOMPARE(find(words, QStringLiteral("261122220509")).size(), pages);  // the stamp
+            QCOMPARE(find(words, QStringLiteral("221126-220505")).size(), pages); // hour, minute, minute
+        }
+    }
+
+    void wholeLines_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("check-list") << QStringLiteral("check-list") << QStringLiteral(R"(
+                                                                                                Nº 221126-220505
+AUTO POSTO TRÊS IPÊS LTDA                                             DOMINGO, 22 DE NOVEMBRO DE 2026 - 22:05:09
+Rua das Acácias, 15, Conceição, (00) 3900-0000                  CNPJ: 00.111.222/0001-33 - INSC: 000.111.222.333
+****************************************************************************************************************
+NºDispos |Descritivo                        |LeituraAnterior |DataUltimaLeitura  |Conferência:
+----------------------------------------------------------------------------------------------------------------
+301      |ÁLCOOL-Nº1                        |     100.001,00 |       02/01/20    |
+----------------------------------------------------------------------------------------------------------------
+DIVERSOS: 22/11/2026
+****************************************************************************************************************
+* Baixas = Saidas no intervalo da data: 01/11/2026<>22/11/2026
+CdgProd  |Descritivo                        |SaldAnt         |Baixas*            |Conferência:
+----------------------------------------------------------------------------------------------------------------
+302      |ÁLCOOL-Nº2                        |     100.002,00 |       03/01/20    |
+----------------------------------------------------------------------------------------------------------------
+                                                 Responsavel:----------------------------------------------
+)");
+        QTest::newRow("ledger") << QStringLiteral("ledger") << QStringLiteral(R"(
+                                                                               Controle Estoque Vinculado Bombas
+AUTO POSTO TRÊS IPÊS LTDA                                             DOMINGO, 22 DE NOVEMBRO DE 2026 - 22:05:09
+Rua das Acácias, 15, Conceição, (00) 3900-0000                  CNPJ: 00.111.222/0001-33 - INSC: 000.111.222.333
+****************************************************************************************************************
+Produto: GASOLINA ADITIVADA                                                      Período: 01/11/2026<>22/11/2026
+----------------------------------------------------------------------------------------------------------------
+        |CodgProd|DatOP   |Descritivo          |Cred        |Deb         |NºNota      |Fornecedor
+----------------------------------------------------------------------------------------------------------------
+1       |20001   |02/01/20|ÁLCOOL-Nº1          |  100.001,00|   20.001,00|NF1         |Refinaria-1
+----------------------------------------------------------------------------------------------------------------
+                          |Totais              |    7.654,32|    1.234,56
+)");
+    }
+    void wholeLines()
+    {
+        QFETCH(QString, report);
+        QFETCH(QString, expected);
+        fill(m_grid, report, 1);
+        fill(m_items, report, 1, 1);
+        QVERIFY(print(report));
+        const QStringList lines = listingLines(support::pdfWords(file()), 1);
+        QCOMPARE(lines, expected.mid(1).chopped(1).split(u'\n'));
+    }
+
+    void rightEndsAtColumn112_data()
+    {
+        QTest::addColumn<int>("addressLength");
+        QTest::addColumn<bool>("sameLine");
+        // The tax line of this station has 48 characters.
+        QTest::newRow("none") << 0 << true;
+        QTest::newRow("short") << 20 << true;
+        QTest::newRow("just fits") << 64 << true;
+        QTest::newRow("one too many") << 65 << false;
+        QTest::newRow("a full line") << 112 << false;
+        QTest::newRow("more than a line") << 150 << false;
+    }
+    void rightEndsAtColumn112()
+    {
+        QFETCH(int, addressLength);
+        QFETCH(bool, sameLine);
+        m_emitente.endereco = QString(addressLength, u'E');
+        m_emitente.RazaoSocial = QString(addressLength % 80, u'N');
+        QVERIFY(print(QStringLiteral("check-list")));
+        const QList<PdfWord> words = support::pdfWords(file());
+        support::checkPaper(file(), words);
+        const double end = edge(113);
+        for (const char* text : {"221126-220505", "22:05:09", "000.111.222.333"}) {
+            QVERIFY2(qAbs(placeOf(words, QString::fromUtf8(text)).right() - end) < 0.3, text);
+        }
+        if (addressLength > 0) {
+            const QRectF address = placeOf(words, QString(qMin(addressLength, 20), u'E'));
+            const double fall = placeOf(words, QStringLiteral("000.111.222.333")).top() - address.top();
+            QCOMPARE(fall < 1, sameLine);
+        }
+    }
+
+    void longTextsAreCutAtTheirColumn_data()
+    {
+        QTest::addColumn<QString>("report");
+        for (const char* report : {"sheet", "check-list", "ledger"})
+            QTest::newRow(report) << QString::fromLatin1(report);
+    }
+    void longTextsAreCutAtTheirColumn()
+    {
+        QFETCH(QString, report);
+        m_emitente.RazaoSocial = QStringLiteral("Posto ") + QString(60, u'W');
+        m_emitente.endereco = QString(112, u'E');
+        QStringList cells;
+        for (int column = 0; column < 8; ++column)
+            cells.append(QString(60, QChar(u'a' + column)));
+        m_grid.AddItem(cells.join(u'\t'));
+        m_items.AddItem(cells.join(u'\t').toUpper());
+        QVERIFY(print(report));
+        const QList<PdfWord> words = support::pdfWords(file());
+        support::checkPaper(file(), words); // nothing over its neighbour or off the paper
+        const bool sheet = report == QStringLiteral("sheet");
+        const qsizetype count = sheet ? 8 : stops(report).size() - 1;
+        for (int column = 0; column < count; ++column) {
+            const QRectF box = placeOf(words, QString(3, QChar(u'a' + column)));
+            QVERIFY2(box.isValid() || !sheet, qPrintable(QString::number(column)));
+            if (sheet)
+                QVERIFY(box.left() > SheetEdges[column] && box.right() < SheetEdges[column + 1]);
+        }
+        if (!sheet) {
+            const QStringList line = listingLines(words, 1).filter(QStringLiteral("aaa"));
+            QCOMPARE(line.size(), 1);
+            for (int column = 0; column < count; ++column) {
+                const int width = stops(report).at(column + 1) - stops(report).at(column) - (column > 0);
+                const QString letters(width, QChar(u'a' + column));
+                QVERIFY2(line.first().contains(letters) && !line.first().contains(letters + letters.at(0)),
+                         qPrintable(letters));
+            }
+        }
+        // What has room of its own is all there: the name, smaller, and the address.
+        QCOMPARE(find(words, QString(60, u'W')).size(), 1);
+        QCOMPARE(find(words, QString(112, u'E')).size(), 1);
+    }
+
+    void whatTheOperatorDoes_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<QString>("act");
+        for (const char* report : {"sheet", "check-list", "ledger"}) {
+            for (const char* act : {"queue", "cancel", "refused", "no folder", "no default"})
+                QTest::addRow("%s, %s", report, act) << QString::fromLatin1(report) << QString::fromLatin1(act);
+        }
+    }
+    /// Whatever becomes of the document, the default printer is what it was, although the dialog changed it.
+    void whatTheOperatorDoes()
+    {
+        QFETCH(QString, report);
+        QFETCH(QString, act);
+        fill(m_grid, report, 1);
+        m_chooser.answer = {QStringLiteral("Pista"), {}};
+        m_chooser.whileOpen = [this] { m_default.current = m_default.printers.last(); };
+        const QString before = act == QStringLiteral("no default") ? QString() : m_default.current;
+        m_default.current = before;
+        if (act == QStringLiteral("cancel")) {
+            m_chooser.cancel = true;
+            QVERIFY(!print(report));
+        } else if (act == QStringLiteral("refused")) {
+            m_spooler.refuse = true;
+            QVERIFY_THROWS_EXCEPTION(platform::PrintError, print(report));
+        } else if (act == QStringLiteral("no folder")) {
+            m_chooser.answer.fileName = m_folder.filePath(QStringLiteral("falta/papel.pdf"));
+            QVERIFY_THROWS_EXCEPTION(platform::PrintError, print(report));
+        } else {
+            QVERIFY(print(report));
+            QCOMPARE(m_spooler.queues, QStringList{QStringLiteral("Pista")});
+        }
+        QCOMPARE(m_chooser.asked.size(), 1);
+        QCOMPARE(m_spooler.documents.size(), m_spooler.queues.size());
+        QVERIFY(!QFile::exists(file()));
+        if (!before.isEmpty())
+            QCOMPARE(m_default.current, before);
+    }
+};
+
+QTEST_MAIN(TestReports)
+#include "test_reports.moc"

@@ -18,10 +18,6 @@ GaugeList::GaugeList(QWidget* parent)
     fixedWidth.setPointSize(font().pointSize() + 1); // looks as large as the other texts
     setFont(fixedWidth);
     setUniformItemSizes(true);
-    // Hidden while it is filled: the window keeps its layout.
-    QSizePolicy policy = sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    setSizePolicy(policy);
 }
 
 QString GaugeList::selectedLine() const

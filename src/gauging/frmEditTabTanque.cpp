@@ -7,11 +7,11 @@
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
+#include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 
 #include <QKeyEvent>
-#include <QScopeGuard>
 
 frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     : StationWindow(services, parent)
@@ -48,11 +48,14 @@ frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     });
     connect(m_ui->Command1, &QPushButton::clicked, this, [this] { handle([this] { confirma(); }); });
     laidOut();
-
-    handle([this] { escolhe_tanque(); });
 }
 
 frmEditTabTanque::~frmEditTabTanque() = default;
+
+void frmEditTabTanque::load()
+{
+    escolhe_tanque();
+}
 
 void frmEditTabTanque::formata_flex()
 {
@@ -76,37 +79,28 @@ void frmEditTabTanque::escolhe_tanque()
 void frmEditTabTanque::carrega_tabela()
 {
     ado::Recordset table;
-    table.Open(QStringLiteral("Select * from ") + m_ui->Combo1->currentText() + QStringLiteral(" order by cma ;"),
-               m_services.DataConnection);
-    if (table.RecordCount() < 1) {
-        // The rows of the tank before stay on screen, deliberately.
+    {
+        Module1::Fill fill(*m_ui->flex, m_services.events);
+        table.Open(QStringLiteral("Select * from ") + m_ui->Combo1->currentText() + QStringLiteral(" order by cma ;"),
+                   m_services.DataConnection);
+        // Without rows in this table the rows of the tank before stay on screen, deliberately.
+        if (table.RecordCount() > 0)
+            formata_flex();
+        const int id = table.fieldIndex(u"id");
+        const int centimetres = table.fieldIndex(u"cmA");
+        const int litres = table.fieldIndex(u"ltsA");
+        for (; !table.Eof(); table.MoveNext()) {
+            m_ui->flex->AddItem(table.Fields(id).textOrEmpty() + u'\t' + table.Fields(centimetres).textOrEmpty() +
+                                u'\t' + GaugeTable::litresText(table.Fields(litres)));
+            if (!fill.goesOn())
+                return;
+        }
+    }
+    m_ui->Command1->setEnabled(table.RecordCount() > 0);
+    if (table.RecordCount() < 1)
         m_services.messages.MsgBox(GaugeTable::noTableText());
-        m_ui->Command1->setEnabled(false);
-        return;
-    }
-    formata_flex();
-    if (!preenche(table))
-        return;
-    m_ui->Command1->setEnabled(true);
-    seleciona_id();
-}
-
-bool frmEditTabTanque::preenche(ado::Recordset& table)
-{
-    const int fill = ++m_fill;
-    m_ui->flex->setRedraw(false);
-    const auto showAgain = qScopeGuard([this] { m_ui->flex->setRedraw(true); });
-    const int id = table.fieldIndex(u"id");
-    const int centimetres = table.fieldIndex(u"cmA");
-    const int litres = table.fieldIndex(u"ltsA");
-    for (; !table.Eof(); table.MoveNext()) {
-        m_ui->flex->AddItem(table.Fields(id).textOrEmpty() + u'\t' + table.Fields(centimetres).textOrEmpty() + u'\t' +
-                            GaugeTable::litresText(table.Fields(litres)));
-        m_services.events.DoEvents();
-        if (isClosed() || fill != m_fill)
-            return false;
-    }
-    return true;
+    else
+        seleciona_id();
 }
 
 void frmEditTabTanque::seleciona_id()

@@ -11,17 +11,22 @@
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QScopeGuard>
 
 namespace {
 
 /// From this many characters on, typed litres count instead of the selected line.
 constexpr int ManualLength = 2;
+
+bool isEnter(const QKeyEvent& event)
+{
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
 
 /// Digits, the decimal comma (a point becomes one), Backspace and Enter.
 int figureKey(int code)
@@ -67,12 +72,15 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
     connect(m_ui->Command1, &QPushButton::clicked, this, [this] { handle([this] { confirma(); }); });
     connect(m_ui->editTab, &QAction::triggered, this, [this] { handle([this] { abre_editor(); }); });
     laidOut();
-
-    handle([this] { escolhe_tanque(); });
-    handle([this] { carrega_historico(); });
 }
 
 frmReguaL::~frmReguaL() = default;
+
+void frmReguaL::load()
+{
+    handle([this] { escolhe_tanque(); });
+    carrega_historico(); // a second time, deliberately: it comes even where the tank has no table
+}
 
 /// Coming to the window puts the focus on the list. Coming back from a message box, or from another program, leaves it
 /// where it was: what has been typed stays.
@@ -90,23 +98,21 @@ bool frmReguaL::event(QEvent* event)
 
 bool frmReguaL::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::FocusIn) {
+    const bool isOurs = watched == m_ui->DTP || watched == m_ui->Combo1 || watched == m_ui->List1;
+    if (isOurs && event->type() == QEvent::FocusIn) {
         m_ui->List1->setEnabled(true);
         if (watched == m_ui->List1) {
             m_ui->tx_0->setText(QStringLiteral("0"));
             m_ui->tx_1->setText(QStringLiteral("0"));
         }
-    } else if (event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent*>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            if (watched == m_ui->DTP)
-                m_ui->Combo1->setFocus();
-            else if (watched == m_ui->Combo1)
-                m_ui->List1->setFocus();
-            else
-                m_ui->Command1->setFocus();
-            return true;
-        }
+    } else if (isOurs && event->type() == QEvent::KeyPress && isEnter(*static_cast<QKeyEvent*>(event))) {
+        if (watched == m_ui->DTP)
+            m_ui->Combo1->setFocus();
+        else if (watched == m_ui->Combo1)
+            m_ui->List1->setFocus();
+        else
+            m_ui->Command1->setFocus();
+        return true;
     }
     return StationWindow::eventFilter(watched, event);
 }
@@ -123,34 +129,31 @@ void frmReguaL::escolhe_tanque()
 
 void frmReguaL::carrega_tabela(const QString& statement)
 {
-    const int fill = ++m_tableFill;
     // Nothing of the tank before may be confirmed under this one's name, even when its table cannot be read.
     m_ui->Command1->setEnabled(false);
-    m_ui->List1->clear();
     ado::Recordset table;
-    table.Open(statement, m_services.DataConnection);
-    if (table.RecordCount() < 1) {
-        m_services.messages.MsgBox(GaugeTable::noTableText());
-    } else {
-        m_ui->Command1->setEnabled(true);
-        m_ui->List1->hide();
-        const auto showAgain = qScopeGuard([this] { m_ui->List1->show(); });
+    {
+        Module1::Fill fill(*m_ui->List1, m_services.events);
+        m_ui->List1->clear();
+        table.Open(statement, m_services.DataConnection);
         const int centimetres = table.fieldIndex(u"cmA");
         const int litres = table.fieldIndex(u"ltsA");
         for (; !table.Eof(); table.MoveNext()) {
             m_ui->List1->addItem(GaugeTable::lineText(table.Fields(centimetres), table.Fields(litres)));
-            m_services.events.DoEvents();
-            if (isClosed() || fill != m_tableFill)
+            if (!fill.goesOn())
                 return;
         }
     }
+    m_ui->Command1->setEnabled(table.RecordCount() > 0);
+    if (table.RecordCount() < 1)
+        m_services.messages.MsgBox(GaugeTable::noTableText());
     carrega_historico();
 }
 
 void frmReguaL::carrega_historico()
 {
     constexpr int widths[] = {1000, 600, 1100, 1100, 0};
-    const int fill = ++m_historyFill;
+    Module1::Fill fill(*m_ui->flex, m_services.events);
     m_ui->flex->setRows(1);
     m_ui->flex->setCols(4);
     // The closing bar adds the fifth column, which is hidden and holds the key of the row.
@@ -162,17 +165,12 @@ void frmReguaL::carrega_historico()
     readings.Open(QStringLiteral("Select * from tabafer where dataf = ") + dateLiteral() +
                       QStringLiteral(" order by dataf;"),
                   m_services.DataConnection);
-    if (readings.RecordCount() < 1)
-        return;
-    m_ui->flex->setRedraw(false);
-    const auto showAgain = qScopeGuard([this] { m_ui->flex->setRedraw(true); });
     for (; !readings.Eof(); readings.MoveNext()) {
         QStringList cells;
         for (const QStringView name : {u"dataf", u"cmt", u"saldo", u"tanque", u"cdI"})
             cells << readings.Fields(name).textOrEmpty();
         m_ui->flex->AddItem(cells.join(u'\t'));
-        m_services.events.DoEvents();
-        if (isClosed() || fill != m_historyFill)
+        if (!fill.goesOn())
             return;
     }
 }

@@ -22,6 +22,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    void load() override;
 
 private:
     void escolhe_tanque();
@@ -35,8 +36,6 @@ private:
     [[nodiscard]] bool substitui(const QString& tank);
 
     std::unique_ptr<Ui::frmReguaL> m_ui;
-    int m_tableFill = 0;   ///< Number of the latest fill of the list; an older one stops.
-    int m_historyFill = 0; ///< The same for the grid.
     bool m_tankChanged = false;
     bool m_comesFromElsewhere = true;
 };

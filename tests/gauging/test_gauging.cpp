@@ -91,6 +91,7 @@ struct Shown
         window->show();
         if (!QTest::qWaitForWindowActive(window.get()))
             QTest::qFail("the window does not become active", __FILE__, __LINE__);
+        QCoreApplication::processEvents(); // it loads when it has come up
     }
     template <typename Widget>
     Widget& at(const char* name) const
@@ -414,6 +415,7 @@ private Q_SLOTS:
         closing = new frmReguaL(station.services);
         closing->deleteWhenClosed();
         closing->show();
+        QCoreApplication::processEvents();
         const int before = station.pump.count();
         station.pump.at(before + 4, [&] { closing->close(); });
         auto* const tanks = closing->findChild<QComboBox*>(QStringLiteral("Combo1"));

@@ -10,6 +10,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QListWidget>
+#include <QPushButton>
 #include <QTest>
 
 #include <stdexcept>
@@ -76,8 +77,8 @@ struct WindowTest
     {
         QStringList texts;
         for (const TestMessages::Shown& box : messages.shown())
-            texts << QString::number(box.style) + u' ' + (box.title.isEmpty() ? QString() : box.title + QStringLiteral(": ")) +
-                         box.prompt;
+            texts << QString::number(box.style) + u' ' +
+                         (box.title.isEmpty() ? QString() : box.title + QStringLiteral(": ")) + box.prompt;
         if (messages.pending() > 0)
             texts << QStringLiteral("and an expected box has not come");
         messages.clear();

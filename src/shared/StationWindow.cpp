@@ -3,10 +3,21 @@
 #include "platform/ui/Boundary.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
+#include "shared/Module1.h"
 #include "shared/Services.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QPushButton>
+
+namespace {
+
+bool isEnter(const QKeyEvent& event)
+{
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
+} // namespace
 
 StationWindow::StationWindow(const Services& services, QWidget* parent)
     : QDialog(parent, Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
@@ -17,8 +28,10 @@ StationWindow::StationWindow(const Services& services, QWidget* parent)
 void StationWindow::laidOut()
 {
     // A dialog would give Enter to its first button; here Enter belongs to the field that has the focus.
-    for (QPushButton* button : findChildren<QPushButton*>())
+    for (QPushButton* button : findChildren<QPushButton*>()) {
         button->setAutoDefault(false);
+        button->installEventFilter(this);
+    }
     new platform::WindowPlacement(this);
 }
 
@@ -35,8 +48,40 @@ void StationWindow::handle(const std::function<void()>& operation)
 
 void StationWindow::reject()
 {
-    if (!closeInnermost())
+    if (m_sliding || closeInnermost())
+        return;
+    if (m_slidesAway)
+        slideAway();
+    else
         close();
+}
+
+void StationWindow::slideAway()
+{
+    m_sliding = true;
+    ++m_running;
+    platform::WindowPlacement::keep(*this);
+    Module1::fecha_deslizando(*this, m_services.events);
+    --m_running;
+    m_sliding = false;
+    deleteIfDone();
+}
+
+/// Enter on a button that has the focus presses it; not every desktop's style does that.
+bool StationWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* const button = qobject_cast<QPushButton*>(watched);
+    if (!button || event->type() != QEvent::KeyPress || !isEnter(*static_cast<QKeyEvent*>(event)))
+        return QDialog::eventFilter(watched, event);
+    if (!static_cast<QKeyEvent*>(event)->isAutoRepeat())
+        button->click();
+    return true;
+}
+
+void StationWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (!isEnter(*event))
+        QDialog::keyPressEvent(event);
 }
 
 void StationWindow::closeEvent(QCloseEvent* event)
@@ -53,8 +98,15 @@ void StationWindow::closeEvent(QCloseEvent* event)
 
 void StationWindow::showEvent(QShowEvent* event)
 {
-    m_closed = false;
     QDialog::showEvent(event);
+    if (event->spontaneous())
+        return;
+    m_closed = false;
+    const auto loadWhenUp = [this] {
+        if (!m_closed)
+            handle([this] { load(); });
+    };
+    QMetaObject::invokeMethod(this, loadWhenUp, Qt::QueuedConnection);
 }
 
 void StationWindow::deleteIfDone()

@@ -2,13 +2,18 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
-#include <QWidget>
 
 namespace platform {
 
 void EnterMovesOn::watch(QWidget* widget)
 {
     widget->installEventFilter(this);
+}
+
+void EnterMovesOn::watch(QWidget* widget, QWidget* next)
+{
+    m_next.insert(widget, next);
+    watch(widget);
 }
 
 bool EnterMovesOn::eventFilter(QObject* watched, QEvent* event)
@@ -18,6 +23,10 @@ bool EnterMovesOn::eventFilter(QObject* watched, QEvent* event)
     const auto& key = *static_cast<QKeyEvent*>(event);
     if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter)
         return false;
+    if (const QPointer<QWidget> next = m_next.value(watched)) {
+        next->setFocus(Qt::TabFocusReason);
+        return true;
+    }
     QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier, QStringLiteral("\t"));
     QCoreApplication::sendEvent(watched, &tab);
     return true;

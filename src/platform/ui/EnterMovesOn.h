@@ -1,8 +1,9 @@
 #pragma once
 
+#include <QHash>
 #include <QObject>
-
-class QWidget;
+#include <QPointer>
+#include <QWidget>
 
 namespace platform {
 
@@ -16,7 +17,12 @@ public:
     using QObject::QObject;
 
     void watch(QWidget* widget);
+    /// The same, but the focus goes to a given widget.
+    void watch(QWidget* widget, QWidget* next);
     bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QHash<QObject*, QPointer<QWidget>> m_next;
 };
 
 } // namespace platform

@@ -296,6 +296,16 @@ bool FlexGrid::eventFilter(QObject* watched, QEvent* event)
     return QTableView::eventFilter(watched, event);
 }
 
+/// From a cell that does not show, the base class knows no way on.
+void FlexGrid::leaveHiddenColumn()
+{
+    int column = Col();
+    while (column < Cols() && isColumnHidden(column))
+        ++column;
+    if (currentIndex().isValid() && column != Col())
+        moveTo(Row(), column);
+}
+
 void FlexGrid::keyPressEvent(QKeyEvent* event)
 {
     const QPointer<FlexGrid> alive(this);
@@ -326,6 +336,7 @@ void FlexGrid::keyPressEvent(QKeyEvent* event)
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
         event->accept();
+        leaveHiddenColumn();
         QTableView::keyPressEvent(event);
         return;
     default:

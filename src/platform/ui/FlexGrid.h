@@ -86,6 +86,7 @@ protected:
 private:
     [[nodiscard]] bool isDataCell(int row, int column) const;
     void moveTo(int row, int column);
+    void leaveHiddenColumn();
     void afterChange();
 
     std::unique_ptr<FlexGridModel> m_model;

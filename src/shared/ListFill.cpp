@@ -1,0 +1,97 @@
+#include "shared/ListFill.h"
+
+#include "platform/ado/Recordset.h"
+#include "platform/ui/FlexGrid.h"
+#include "platform/ui/Seams.h"
+#include "shared/ListEntry.h"
+#include "shared/Services.h"
+
+#include <QComboBox>
+#include <QListWidget>
+#include <QSignalBlocker>
+
+namespace Module1 {
+
+namespace {
+
+constexpr const char* FillNumber = "fillNumber";
+
+void holdBack(QWidget& view, bool on)
+{
+    if (auto* const grid = qobject_cast<platform::FlexGrid*>(&view))
+        grid->setRedraw(!on);
+    else
+        view.setUpdatesEnabled(!on);
+}
+
+bool refillView(const Services& services, const ListQuery& query, QWidget& view, const std::function<void()>& clear,
+                const std::function<void(const QString&)>& add)
+{
+    ado::Recordset rows;
+    rows.Open(query.statement, services.DataConnection);
+    if (rows.RecordCount() == 0)
+        return true;
+    const int code = rows.fieldIndex(query.code);
+    const int description = rows.fieldIndex(query.description);
+    Fill fill(view, services.events);
+    clear();
+    for (; !rows.Eof(); rows.MoveNext()) {
+        const QString text = rows.Fields(description).textOrEmpty();
+        add(listEntry(rows.Fields(code), query.upperCase ? text.toUpper() : text));
+        if (!fill.goesOn())
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+Fill::Fill(QWidget& view, platform::EventPump& events)
+    : m_view(&view)
+    , m_events(events)
+    , m_number(view.property(FillNumber).toInt() + 1)
+    , m_wasVisible(view.window()->isVisible())
+{
+    view.setProperty(FillNumber, m_number);
+    holdBack(view, true);
+}
+
+Fill::~Fill()
+{
+    if (isLatest())
+        holdBack(*m_view, false);
+}
+
+bool Fill::isLatest() const
+{
+    return m_view && m_view->property(FillNumber).toInt() == m_number;
+}
+
+bool Fill::goesOn()
+{
+    m_events.DoEvents();
+    return isLatest() && (!m_wasVisible || m_view->window()->isVisible());
+}
+
+bool refill(const Services& services, const ListQuery& query, QListWidget& list)
+{
+    return refillView(
+        services, query, list, [&] { list.clear(); }, [&](const QString& entry) { list.addItem(entry); });
+}
+
+bool refill(const Services& services, const ListQuery& query, QComboBox& box)
+{
+    const QPointer<QComboBox> alive = &box;
+    const auto quietly = [&](const auto& change) {
+        const QSignalBlocker quiet(box);
+        change();
+    };
+    const bool filled = refillView(
+        services, query, box, [&] { quietly([&] { box.clear(); }); },
+        [&](const QString& entry) { quietly([&] { box.addItem(entry); }); });
+    if (filled && alive && box.count() > 0)
+        quietly([&] { box.setCurrentIndex(0); });
+    return filled;
+}
+
+} // namespace Module1

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/vb/Variant.h"
+
+#include <QPointer>
+#include <QString>
+
+#include <functional>
+
+class QComboBox;
+class QListWidget;
+class QWidget;
+struct Services;
+
+namespace platform {
+class EventPump;
+}
+
+namespace Module1 {
+
+/// One fill of a list or grid. What it shows is held back until it is full; each row lets events run, and a newer fill
+/// of the same view or the closing of its window may come in between.
+class Fill
+{
+public:
+    Fill(QWidget& view, platform::EventPump& events);
+    ~Fill();
+    Fill(const Fill&) = delete;
+    Fill& operator=(const Fill&) = delete;
+
+    /// After each row. False when this fill has been overtaken: it stops and leaves the view alone.
+    [[nodiscard]] bool goesOn();
+
+private:
+    [[nodiscard]] bool isLatest() const;
+
+    QPointer<QWidget> m_view;
+    platform::EventPump& m_events;
+    int m_number;
+    bool m_wasVisible;
+};
+
+/// The rows of a register list: the statement and the fields of code and description.
+struct ListQuery
+{
+    QString statement;
+    QString code;
+    QString description;
+    bool upperCase = false; ///< The description is shown in upper case.
+};
+
+/// Clears a list and refills it with entries of code and description. With no rows it keeps its old entries,
+/// deliberately. False when the fill was overtaken.
+bool refill(const Services& services, const ListQuery& query, QListWidget& list);
+/// The same for a drop-down list, without its signals; then its first entry is selected.
+bool refill(const Services& services, const ListQuery& query, QComboBox& box);
+
+} // namespace Module1

@@ -1,0 +1,187 @@
+#include "stock/frmControlEstoqueParal.h"
+#include "ui_frmControlEstoqueParal.h"
+
+#include "data/Dialect.h"
+#include "platform/ado/Recordset.h"
+#include "platform/ui/EnterMovesOn.h"
+#include "platform/ui/FocusWatch.h"
+#include "platform/ui/Seams.h"
+#include "platform/vb/Conversion.h"
+#include "platform/vb/Format.h"
+#include "shared/ListEntry.h"
+#include "shared/ListFill.h"
+#include "shared/Module1.h"
+#include "shared/Services.h"
+#include "shared/StockHelpers.h"
+
+#include <QKeyEvent>
+#include <QLineEdit>
+
+namespace {
+
+enum Column { Key, ProductNumber, Date, Description, Credit, Debit, InvoiceNumber, Supplier, ColumnCount };
+
+// Blue-green-red order.
+constexpr quint32 PaleGreen = 0xC0FFC0;
+constexpr quint32 PaleOrange = 0xC0E0FF;
+
+/// The number of the selected product: its row key, not its stock code, deliberately.
+double productNumber(const QString& entry)
+{
+    return vb::leadingNumber(Module1::entryCode(entry));
+}
+
+vb::Currency amount(const vb::Variant& litres)
+{
+    return litres.isNull() ? vb::Currency() : vb::CCur(litres);
+}
+
+QString formatted(const vb::Variant& litres)
+{
+    return vb::Format(litres, u"##,#0.00");
+}
+
+} // namespace
+
+frmControlEstoqueParal::frmControlEstoqueParal(const Services& services, PrintListing print, QWidget* parent)
+    : StationWindow(services, parent)
+    , m_ui(std::make_unique<Ui::frmControlEstoqueParal>())
+    , m_print(std::move(print))
+{
+    m_ui->setupUi(this);
+    const QDate today = m_services.clock.today();
+    m_ui->dtp_0->setValue(QDate(today.year(), today.month(), 1));
+    m_ui->dtp_1->setValue(today);
+    m_ui->Label5->setText(vb::shortDate(today));
+    m_ui->Combo1->setCompleter(nullptr);
+    m_first = m_ui->dtp_0->Value();
+    m_last = m_ui->dtp_1->Value();
+    format_flex();
+    connectControls();
+    m_ui->List1->setFocus();
+    slideAwayOnEscape();
+    laidOut();
+}
+
+frmControlEstoqueParal::~frmControlEstoqueParal() = default;
+
+void frmControlEstoqueParal::connectControls()
+{
+    auto* const enter = new platform::EnterMovesOn(this);
+    enter->watch(m_ui->List1, m_ui->tx_0);
+    enter->watch(m_ui->Combo1, m_ui->BTM);
+    for (QLineEdit* box : {m_ui->tx_0, m_ui->tx_1}) {
+        Module1::seleciona_ao_focar(*box);
+        enter->watch(box);
+    }
+    auto* const litres = new platform::FocusWatch(m_ui->tx_0);
+    connect(litres, &platform::FocusWatch::LostFocus, this,
+            [this] { m_ui->tx_0->setText(formatted(m_ui->tx_0->text())); });
+
+    connect(m_ui->List1, &platform::ListBox::Click, this, [this] { handle([this] { carrega_flex(); }); });
+    connect(m_ui->BTM, &QPushButton::clicked, this, [this] { handle([this] { confirma(); }); });
+    connect(m_ui->btI, &QPushButton::clicked, this, [this] { handle([this] { imprime(); }); });
+}
+
+void frmControlEstoqueParal::load()
+{
+    if (!m_suppliersLoaded) {
+        m_suppliersLoaded = true;
+        Module1::carrega_fornece(m_services, *m_ui->Combo1);
+    }
+    carrega_lst();
+    format_flex();
+}
+
+void frmControlEstoqueParal::carrega_lst()
+{
+    Module1::refill(m_services,
+                    {QStringLiteral("Select * from CadProdComb order by Descritivo"), QStringLiteral("CodigoI"),
+                     QStringLiteral("descritivo")},
+                    *m_ui->List1);
+}
+
+void frmControlEstoqueParal::format_flex()
+{
+    m_ui->flex->clearRows();
+    m_ui->flex->setCols(ColumnCount);
+    m_ui->flex->FormatString(QStringLiteral("|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"));
+    for (const Column number : {Credit, Debit})
+        m_ui->flex->setColAlignment(number, Qt::AlignRight);
+    for (const Column text : {Description, InvoiceNumber, Supplier})
+        m_ui->flex->setColAlignment(text, Qt::AlignLeft);
+    m_ui->flex->setStretchColumn(Supplier);
+}
+
+void frmControlEstoqueParal::confirma()
+{
+    if (!vb::IsNumeric(m_ui->tx_0->text()))
+        m_ui->tx_0->setText(QStringLiteral("0"));
+    const double litres = vb::CDbl(m_ui->tx_0->text());
+    if (litres == 0)
+        return;
+    grava_estoque(litres);
+    carrega_flex();
+}
+
+void frmControlEstoqueParal::grava_estoque(double litres)
+{
+    const QString product = Module1::selectedEntry(*m_ui->List1);
+    const bool credit = m_ui->opt_0->isChecked();
+    ado::Recordset ledger;
+    ledger.OpenToAdd(QStringLiteral("Select * from ControleProdComb;"), m_services.DataConnection);
+    ledger.AddNew();
+    ledger.SetField(u"CodProd", productNumber(product));
+    ledger.SetField(u"DataOP", vb::Date::fromQDate(m_services.clock.today()));
+    ledger.SetField(u"descritivo", Module1::entryDescription(product));
+    ledger.SetField(u"cred", credit ? litres : 0.0);
+    ledger.SetField(u"deb", credit ? 0.0 : litres);
+    ledger.SetField(u"fornecedor", m_ui->Combo1->currentText());
+    ledger.SetField(u"NumeroNota", m_ui->tx_1->text());
+    ledger.Update();
+    m_ui->List1->setFocus();
+}
+
+void frmControlEstoqueParal::carrega_flex()
+{
+    m_product = Module1::selectedEntry(*m_ui->List1);
+    m_first = m_ui->dtp_0->Value();
+    m_last = m_ui->dtp_1->Value();
+    format_flex();
+    ado::Recordset rows;
+    rows.Open(QStringLiteral("Select * from ControleProdComb where codProd = ") +
+                  vb::plainDecimal(productNumber(m_product)) + QStringLiteral("  and DataOP >= ") +
+                  m_services.dialect.dateLiteral(m_first) + QStringLiteral(" and DataOP <= ") +
+                  m_services.dialect.dateLiteral(m_last) + QStringLiteral("  order by DataOP;"),
+              m_services.DataConnection);
+    vb::Currency credits;
+    vb::Currency debits;
+    Module1::Fill fill(*m_ui->flex, m_services.events);
+    for (; !rows.Eof(); rows.MoveNext()) {
+        const vb::Variant credit = rows.Fields(u"cred");
+        const vb::Variant debit = rows.Fields(u"deb");
+        const QStringList cells{rows.Fields(u"CodigoI").textOrEmpty(),
+                                rows.Fields(u"CodProd").textOrEmpty(),
+                                vb::Format(rows.Fields(u"DataOP"), u"dd/mm/yy"),
+                                rows.Fields(u"descritivo").textOrEmpty(),
+                                formatted(credit),
+                                formatted(debit),
+                                rows.Fields(u"NumeroNota").textOrEmpty(),
+                                rows.Fields(u"fornecedor").textOrEmpty()};
+        m_ui->flex->AddItem(cells.join(u'\t'));
+        Module1::pinta_celula(*m_ui->flex, Credit, PaleGreen);
+        Module1::pinta_celula(*m_ui->flex, Debit, PaleOrange);
+        credits += amount(credit);
+        debits += amount(debit);
+        if (!fill.goesOn())
+            return;
+    }
+    m_ui->lbt_0->setText(formatted(credits));
+    m_ui->lbt_1->setText(formatted(debits));
+}
+
+void frmControlEstoqueParal::imprime()
+{
+    if (m_print)
+        m_print({*m_ui->flex, m_product, m_first, m_last, m_ui->lbt_0->text(), m_ui->lbt_1->text()});
+}

@@ -30,9 +30,9 @@ private:
 void TestStorageRealFiles::initTestCase()
 {
     if (sharedFolder().isEmpty())
-        QSKIP("PLANILHA_SHARED_DIR names no folder with real files.");
+        QSKIP("PLANILHA_SHARED_DIR names no folder with real files: whole executable");
     if (!exporterInstalled())
-        QSKIP("mdb-export is not installed.");
+        QSKIP("mdb-export is not installed: whole executable");
 }
 
 void TestStorageRealFiles::addFiles()

@@ -1,0 +1,302 @@
+#include "accessfile/AccessTestTools.h"
+
+#include "accessfile/TextCodec.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <cmath>
+
+namespace accesstest {
+
+using namespace accessfile;
+
+namespace {
+
+const QByteArray cellEnd = "<~|~>";
+const QByteArray rowEnd = "<~||~>\n";
+
+std::string hexOf(const Bytes& bytes)
+{
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()))
+        .toHex()
+        .toUpper()
+        .toStdString();
+}
+
+/// Days as the other reader prints them: to the second, rounded.
+std::string dateText(double serial)
+{
+    const double days = std::floor(serial) < 0 ? std::ceil(serial) : std::floor(serial);
+    const double fraction = std::fabs(serial - days);
+    return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), Qt::UTC)
+        .addSecs(static_cast<qint64>(std::floor(fraction * 86400 + 0.5)))
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+        .toStdString();
+}
+
+std::string numericText(Numeric number)
+{
+    std::string digits;
+    do {
+        std::uint64_t rest = 0;
+        for (std::uint32_t& word : number.magnitude) {
+            rest = rest << 32U | word;
+            word = static_cast<std::uint32_t>(rest / 10);
+            rest %= 10;
+        }
+        digits.insert(digits.begin(), static_cast<char>('0' + rest));
+    } while (number.magnitude != std::array<std::uint32_t, 4>{} || digits.size() <= number.scale);
+    if (number.scale > 0)
+        digits.insert(digits.size() - number.scale, ".");
+    return (number.negative ? "-" : "") + digits;
+}
+
+std::string guidText(const Guid& guid)
+{
+    const std::string hex = hexOf({guid.bytes.begin(), guid.bytes.end()});
+    return QString::fromStdString("{" + hex.substr(0, 8) + "-" + hex.substr(8, 4) + "-" + hex.substr(12, 4) + "-" +
+                                  hex.substr(16, 4) + "-" + hex.substr(20) + "}")
+        .toUpper()
+        .toStdString();
+}
+
+struct CellText
+{
+    std::string operator()(Null) const { return {}; }
+    std::string operator()(bool value) const { return value ? "1" : "0"; }
+    std::string operator()(std::int32_t value) const { return std::to_string(value); }
+    std::string operator()(float value) const { return QByteArray::number(double{value}, 'g', 7).toStdString(); }
+    std::string operator()(double value) const { return QByteArray::number(value, 'g', 15).toStdString(); }
+    std::string operator()(Money value) const
+    {
+        const auto scaled = static_cast<std::uint64_t>(value.scaled < 0 ? -value.scaled : value.scaled);
+        return numericText({value.scaled < 0,
+                            {0, 0, static_cast<std::uint32_t>(scaled >> 32U), static_cast<std::uint32_t>(scaled)},
+                            4});
+    }
+    std::string operator()(DateTime value) const { return dateText(value.serial); }
+    std::string operator()(const Numeric& value) const { return numericText(value); }
+    std::string operator()(const Guid& value) const { return guidText(value); }
+    std::string operator()(const std::string& value) const { return value; }
+    std::string operator()(const Bytes& value) const { return hexOf(value); }
+};
+
+/// The other reader's text of a number, printed as this side prints it.
+std::string sameNumber(const Column& column, const std::string& text)
+{
+    const bool isNumber = column.type == ColumnType::Float || column.type == ColumnType::Double;
+    if (!isNumber || text.empty())
+        return text;
+    const double number = QByteArray::fromStdString(text).toDouble();
+    return column.type == ColumnType::Float ? CellText()(static_cast<float>(number)) : CellText()(number);
+}
+
+} // namespace
+
+Rows rowsOf(const Table& table)
+{
+    Rows rows;
+    for (const auto cursor = table.scan(); cursor->next();) {
+        std::vector<std::string>& row = rows.emplace_back();
+        for (std::size_t i = 0; i < table.columns().size(); ++i)
+            row.push_back(std::visit(CellText(), cursor->value(static_cast<int>(i))));
+    }
+    return rows;
+}
+
+bool exporterInstalled()
+{
+    return !QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty();
+}
+
+Rows exportedRows(const QString& file, const Table& table)
+{
+    QProcess process;
+    process.start(QStringLiteral("mdb-export"),
+                  {QStringLiteral("-H"), QStringLiteral("-Q"), QStringLiteral("-d"), QString::fromLatin1(cellEnd),
+                   QStringLiteral("-R"), QString::fromLatin1(rowEnd), QStringLiteral("-D"),
+                   QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d %H:%M:%S"),
+                   QStringLiteral("-b"), QStringLiteral("hex"), file, QString::fromStdString(table.name())});
+    if (!process.waitForFinished() || process.exitCode() != 0)
+        throw std::runtime_error("mdb-export: " + process.readAllStandardError().toStdString());
+    const QByteArray output = process.readAllStandardOutput();
+    Rows rows;
+    for (qsizetype at = 0; at < output.size();) {
+        const qsizetype end = output.indexOf(rowEnd, at);
+        std::vector<std::string>& row = rows.emplace_back();
+        const QByteArray line = output.mid(at, end - at);
+        qsizetype start = 0;
+        for (std::size_t i = 0; i < table.columns().size(); ++i) {
+            const qsizetype stop = line.indexOf(cellEnd, start);
+            row.push_back(sameNumber(table.columns()[i], line.mid(start, stop < 0 ? -1 : stop - start).toStdString()));
+            start = stop + cellEnd.size();
+        }
+        at = end + rowEnd.size();
+    }
+    return rows;
+}
+
+QString exportDifference(Storage& storage, const QString& file, std::size_t* cells)
+{
+    for (const std::string& name : storage.tableNames()) {
+        const Table& table = *storage.table(name);
+        Rows own = rowsOf(table);
+        Rows other = exportedRows(file, table);
+        // The other reader lists moved rows where their bytes are.
+        std::sort(own.begin(), own.end());
+        std::sort(other.begin(), other.end());
+        if (own.size() != other.size())
+            return QStringLiteral("%1: %2 rows, exported %3")
+                .arg(QString::fromStdString(name))
+                .arg(own.size())
+                .arg(other.size());
+        for (std::size_t i = 0; i < own.size(); ++i) {
+            for (std::size_t j = 0; j < own[i].size(); ++j) {
+                if (own[i][j] != other[i][j])
+                    return QStringLiteral("%1, row %2, %3: '%4', exported '%5'")
+                        .arg(QString::fromStdString(name))
+                        .arg(i)
+                        .arg(QString::fromStdString(table.columns()[j].name), QString::fromStdString(own[i][j]),
+                             QString::fromStdString(other[i][j]));
+            }
+            if (cells != nullptr)
+                *cells += own[i].size();
+        }
+    }
+    return {};
+}
+
+std::string contentOf(Storage& storage)
+{
+    std::string content;
+    for (const std::string& name : storage.tableNames()) {
+        const Table& table = *storage.table(name);
+        content += "[" + name;
+        for (const Column& each : table.columns())
+            content += "|" + each.name;
+        for (const Index& each : table.indexes())
+            content += "#" + each.name;
+        content += "]\n";
+        for (const auto& row : rowsOf(table)) {
+            for (const std::string& cell : row)
+                content += cell + "\x1f";
+            content += "\n";
+        }
+    }
+    return content;
+}
+
+QString joined(const std::vector<std::string>& lines)
+{
+    QString text;
+    for (const std::string& line : lines)
+        text += QString::fromStdString(line) + QLatin1Char('\n');
+    return text;
+}
+
+QString sharedFolder()
+{
+    const QString folder = qEnvironmentVariable("PLANILHA_SHARED_DIR") + QStringLiteral("/access");
+    return QDir(folder).exists() ? folder : QString();
+}
+
+QByteArray fileBytes(const QString& file)
+{
+    QFile reader(file);
+    if (!reader.open(QIODevice::ReadOnly))
+        return {};
+    return reader.readAll();
+}
+
+Column column(const char* name, ColumnType type, int length)
+{
+    Column result;
+    result.name = name;
+    result.type = type;
+    result.length = length;
+    return result;
+}
+
+Index index(const char* name, std::vector<IndexColumn> columns, bool unique)
+{
+    Index result;
+    result.name = name;
+    result.columns = std::move(columns);
+    result.unique = unique;
+    return result;
+}
+
+std::optional<ErrorKind> errorOf(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.kind();
+    }
+    return std::nullopt;
+}
+
+std::size_t ValueMaker::below(std::size_t limit)
+{
+    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(m_engine);
+}
+
+std::string ValueMaker::text(std::size_t length)
+{
+    static const std::u32string letters = U"abcdefghijklmnopqrstuvwxyzABCXYZ0123456789 -'.,/ãçéíõúÁÂÊÔÜñßæ°ªº€";
+    std::string result;
+    while (length-- > 0)
+        appendCodePoint(letters[below(letters.size())], result);
+    return result;
+}
+
+Value ValueMaker::value(const Column& declared)
+{
+    if (declared.type != ColumnType::Bool && !declared.required && below(8) == 0)
+        return Null{};
+    const auto whole = static_cast<std::int32_t>(below(40000)) - 20000;
+    switch (declared.type) {
+    case ColumnType::Bool:
+        return below(2) == 0;
+    case ColumnType::Byte:
+        return static_cast<std::int32_t>(below(256));
+    case ColumnType::Int:
+    case ColumnType::Long:
+        return whole;
+    case ColumnType::Money:
+        return Money{std::int64_t{whole} * 12345};
+    case ColumnType::Float:
+        return static_cast<float>(whole) / 64.0F;
+    case ColumnType::Double:
+        return whole / 100.0;
+    case ColumnType::Date:
+        return DateTime{45000 + static_cast<double>(below(400)) + static_cast<double>(below(24)) / 24};
+    case ColumnType::Guid: {
+        Guid guid;
+        for (std::uint8_t& byte : guid.bytes)
+            byte = static_cast<std::uint8_t>(below(256));
+        return guid;
+    }
+    case ColumnType::Numeric:
+        return Numeric{whole < 0, {0, 0, 0, static_cast<std::uint32_t>(std::abs(whole))}, declared.scale};
+    case ColumnType::Binary: {
+        Bytes bytes(below(static_cast<std::size_t>(declared.length)));
+        for (std::uint8_t& byte : bytes)
+            byte = static_cast<std::uint8_t>(below(256));
+        return bytes;
+    }
+    case ColumnType::Ole:
+        return Bytes(below(9000), static_cast<std::uint8_t>(below(256)));
+    case ColumnType::Memo:
+        // Inside the row, a row of its own, or a chain.
+        return text(std::array<std::size_t, 3>{20, 900, 5000}[below(3)] + below(100));
+    default:
+        return text(below(std::min<std::size_t>(static_cast<std::size_t>(declared.length), 60) + 1));
+    }
+}
+
+} // namespace accesstest

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "accessfile/StorageFile.h"
+
+#include <QString>
+
+#include <random>
+
+// What the tests of the storage share.
+namespace accesstest {
+
+using Rows = std::vector<std::vector<std::string>>;
+
+/// Cells of every row as texts, in the order of a scan; null and the empty text look the same.
+[[nodiscard]] Rows rowsOf(const accessfile::Table& table);
+/// The same as another reader of the format shows it; raises std::runtime_error when it fails.
+[[nodiscard]] Rows exportedRows(const QString& file, const accessfile::Table& table);
+[[nodiscard]] bool exporterInstalled();
+/// First difference between what the engine reads and what the other reader does; empty when there is none.
+[[nodiscard]] QString exportDifference(accessfile::Storage& storage, const QString& file, std::size_t* cells = nullptr);
+
+/// Everything a file holds, for comparing two states of it.
+[[nodiscard]] std::string contentOf(accessfile::Storage& storage);
+[[nodiscard]] QString joined(const std::vector<std::string>& lines);
+
+/// Folder of the real files, empty when it is not there.
+[[nodiscard]] QString sharedFolder();
+[[nodiscard]] QByteArray fileBytes(const QString& file);
+
+[[nodiscard]] accessfile::Column column(const char* name, accessfile::ColumnType type, int length = 0);
+[[nodiscard]] accessfile::Index index(const char* name, std::vector<accessfile::IndexColumn> columns,
+                                      bool unique = false);
+/// Kind of the error that `action` raises; nullopt when it raises none.
+[[nodiscard]] std::optional<accessfile::ErrorKind> errorOf(const std::function<void()>& action);
+
+/// Random values of a column's type.
+class ValueMaker
+{
+public:
+    explicit ValueMaker(unsigned seed)
+        : m_engine(seed)
+    {}
+    [[nodiscard]] accessfile::Value value(const accessfile::Column& column);
+    [[nodiscard]] std::size_t below(std::size_t limit);
+
+private:
+    [[nodiscard]] std::string text(std::size_t length);
+    std::mt19937 m_engine;
+};
+
+} // namespace accesstest

@@ -1,0 +1,172 @@
+#include "accessfile/FaultyFiles.h"
+
+#include <algorithm>
+
+namespace accesstest {
+
+using namespace accessfile;
+
+class FaultyDevice : public FileDevice
+{
+public:
+    FaultyDevice(FaultyFiles& files, std::shared_ptr<FaultyFiles::File> file)
+        : m_files(files)
+        , m_file(std::move(file))
+    {}
+    std::uint64_t size() override { return m_file->content.size(); }
+    void read(std::uint64_t offset, std::span<std::uint8_t> to) override
+    {
+        if (offset + to.size() > m_file->content.size())
+            throw Error(ErrorKind::IoError, "Falha ao ler.");
+        std::copy_n(m_file->content.begin() + static_cast<std::ptrdiff_t>(offset), to.size(), to.begin());
+    }
+    void write(std::uint64_t offset, std::span<const std::uint8_t> from) override
+    {
+        m_files.change(offset + from.size() > m_file->content.size());
+        keep({offset, {from.begin(), from.end()}, false});
+    }
+    void truncate(std::uint64_t size) override
+    {
+        m_files.change(false);
+        keep({size, {}, true});
+    }
+    void sync() override
+    {
+        m_files.change(false);
+        m_file->durable = m_file->content;
+        m_file->unsynced.clear();
+    }
+
+private:
+    void keep(FaultyFiles::Change change)
+    {
+        FaultyFiles::apply(m_file->content, change);
+        m_file->unsynced.push_back(std::move(change));
+    }
+    FaultyFiles& m_files;
+    std::shared_ptr<FaultyFiles::File> m_file;
+};
+
+void FaultyFiles::failAfter(std::size_t changes, Fault fault)
+{
+    m_left = changes;
+    m_fault = fault;
+    m_changes = 0;
+    m_failed = false;
+}
+
+void FaultyFiles::change(bool grows)
+{
+    ++m_changes;
+    if (m_left > 0) {
+        --m_left;
+        return;
+    }
+    if (m_fault == Fault::Stop) {
+        m_failed = true;
+        throw Stopped();
+    }
+    if (m_fault == Fault::Full && grows) {
+        m_failed = true;
+        throw Error(ErrorKind::IoError, "Não há espaço no disco.");
+    }
+}
+
+void FaultyFiles::apply(Bytes& to, const Change& change)
+{
+    if (change.truncates) {
+        to.resize(change.offset);
+        return;
+    }
+    to.resize(std::max<std::size_t>(to.size(), change.offset + change.bytes.size()));
+    std::copy(change.bytes.begin(), change.bytes.end(), to.begin() + static_cast<std::ptrdiff_t>(change.offset));
+}
+
+void FaultyFiles::loseUnsynced(std::mt19937& engine)
+{
+    constexpr std::size_t sector = 512;
+    const auto chance = [&engine](unsigned of) { return std::uniform_int_distribution<unsigned>(1, of)(engine) == 1; };
+    for (auto& [name, file] : m_files) {
+        const bool allKept = chance(4);
+        for (const Change& each : file->unsynced) {
+            if (each.truncates) {
+                if (allKept || chance(2))
+                    apply(file->durable, each);
+                continue;
+            }
+            for (std::size_t at = 0; at < each.bytes.size(); at += sector) {
+                const std::size_t length = std::min(sector, each.bytes.size() - at);
+                const auto from = each.bytes.begin() + static_cast<std::ptrdiff_t>(at);
+                if (allKept || chance(2))
+                    apply(file->durable,
+                          {each.offset + at, Bytes(from, from + static_cast<std::ptrdiff_t>(length)), false});
+            }
+        }
+        file->unsynced.clear();
+        file->content = file->durable;
+    }
+}
+
+Bytes FaultyFiles::content(const std::filesystem::path& file) const
+{
+    return m_files.at(file)->content;
+}
+
+void FaultyFiles::setContent(const std::filesystem::path& file, Bytes bytes)
+{
+    auto held = std::make_shared<File>();
+    held->content = bytes;
+    held->durable = std::move(bytes);
+    m_files[file] = std::move(held);
+}
+
+std::unique_ptr<FileDevice> FaultyFiles::device(const std::filesystem::path& file)
+{
+    return std::make_unique<FaultyDevice>(*this, m_files.at(file));
+}
+
+OpenedFile FaultyFiles::openLocked(const std::filesystem::path& file, bool readOnly)
+{
+    if (!m_files.contains(file))
+        throw Error(ErrorKind::CannotOpen, "O arquivo não existe.");
+    return {device(file), readOnly};
+}
+
+std::unique_ptr<FileDevice> FaultyFiles::createNew(const std::filesystem::path& file)
+{
+    change(true);
+    if (m_files.contains(file))
+        throw Error(ErrorKind::Duplicate, "O arquivo já existe.");
+    m_files[file] = std::make_shared<File>();
+    return device(file);
+}
+
+std::unique_ptr<FileDevice> FaultyFiles::openJournal(const std::filesystem::path& file)
+{
+    change(true);
+    if (!m_files.contains(file))
+        m_files[file] = std::make_shared<File>();
+    return device(file);
+}
+
+std::unique_ptr<FileDevice> FaultyFiles::openExisting(const std::filesystem::path& file)
+{
+    return m_files.contains(file) ? device(file) : nullptr;
+}
+
+void FaultyFiles::remove(const std::filesystem::path& file)
+{
+    change(false);
+    m_files.erase(file);
+}
+
+void FaultyFiles::publish(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    change(false);
+    if (m_files.contains(to))
+        throw Error(ErrorKind::Duplicate, "O arquivo já existe.");
+    m_files[to] = m_files.at(from);
+    m_files.erase(from);
+}
+
+} // namespace accesstest

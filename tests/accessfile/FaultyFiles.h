@@ -1,0 +1,72 @@
+#pragma once
+
+#include "accessfile/FileDevice.h"
+#include "accessfile/Page.h"
+
+#include <functional>
+#include <map>
+#include <random>
+
+namespace accesstest {
+
+/// The machine stopped: raised by the operation that did not happen any more, and by all behind it.
+struct Stopped
+{};
+
+/// Files in memory that can fail at any change, or stop dead at it. What was not synced may then be lost, in whole or
+/// in sectors, in any order.
+class FaultyFiles : public accessfile::FileSystem
+{
+public:
+    enum class Fault { None, Stop, Full };
+    /// Lets `changes` writes, truncations, syncs and removals through; from then on every one fails as told.
+    void failAfter(std::size_t changes, Fault fault);
+    void heal() { m_fault = Fault::None; }
+    /// Changes since failAfter.
+    [[nodiscard]] std::size_t changes() const { return m_changes; }
+    [[nodiscard]] bool failed() const { return m_failed; }
+    /// Power off: only what was synced, and a part of the rest, is still there.
+    void loseUnsynced(std::mt19937& engine);
+    void readOnlyFolder(bool on) { m_readOnlyFolder = on; }
+
+    [[nodiscard]] accessfile::Bytes content(const std::filesystem::path& file) const;
+    void setContent(const std::filesystem::path& file, accessfile::Bytes bytes);
+    [[nodiscard]] std::size_t fileCount() const { return m_files.size(); }
+
+    accessfile::OpenedFile openLocked(const std::filesystem::path& file, bool readOnly) override;
+    std::unique_ptr<accessfile::FileDevice> createNew(const std::filesystem::path& file) override;
+    std::unique_ptr<accessfile::FileDevice> openJournal(const std::filesystem::path& file) override;
+    std::unique_ptr<accessfile::FileDevice> openExisting(const std::filesystem::path& file) override;
+    bool exists(const std::filesystem::path& file) override { return m_files.contains(file); }
+    bool folderWritable(const std::filesystem::path&) override { return !m_readOnlyFolder; }
+    void remove(const std::filesystem::path& file) override;
+    void publish(const std::filesystem::path& from, const std::filesystem::path& to) override;
+
+private:
+    friend class FaultyDevice;
+    struct Change
+    {
+        std::uint64_t offset = 0;
+        accessfile::Bytes bytes;
+        bool truncates = false;
+    };
+    struct File
+    {
+        accessfile::Bytes content;
+        accessfile::Bytes durable;
+        std::vector<Change> unsynced;
+    };
+    /// Counts a change; true when it may happen. `grows`: a full disk lets others through.
+    void change(bool grows);
+    static void apply(accessfile::Bytes& to, const Change& change);
+    std::unique_ptr<accessfile::FileDevice> device(const std::filesystem::path& file);
+
+    std::map<std::filesystem::path, std::shared_ptr<File>> m_files;
+    Fault m_fault = Fault::None;
+    std::size_t m_left = 0;
+    std::size_t m_changes = 0;
+    bool m_failed = false;
+    bool m_readOnlyFolder = false;
+};
+
+} // namespace accesstest

@@ -7,13 +7,18 @@
 
 #include <QMenu>
 
-// Menus, the windows that they open, and printing.
+// Menus and printing.
 
 void frmprincipal::connectMenus()
 {
     m_fer->setObjectName(QStringLiteral("fer"));
     m_fer->setAccessibleName(QStringLiteral("Opções da lista"));
     m_fer->addActions({m_ui->removFlex, m_ui->recarga, m_ui->leitF});
+    connect(m_ui->bcad, &QAction::triggered, this, [this] { handle([this] { abre_bombas(); }); });
+    connect(m_ui->CadProd, &QAction::triggered, this, [this] { handle([this] { abre_produtos(); }); });
+    connect(m_ui->ControlEstoque, &QAction::triggered, this, [this] { handle([this] { abre_controle(); }); });
+    connect(m_ui->cddiversos, &QAction::triggered, this, [this] { handle([this] { abre_diversos(); }); });
+    connect(m_ui->leitF, &QAction::triggered, this, [this] { handle([this] { abre_regua(); }); });
     connect(m_ui->removFlex, &QAction::triggered, this, [this] { handle([this] { removeBomba(); }); });
     connect(m_ui->recarga, &QAction::triggered, this, [this] { handle([this] { carrega_planilha(); }); });
     connect(m_ui->Buttom_Mega3, &QPushButton::clicked, this, [this] {

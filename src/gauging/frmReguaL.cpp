@@ -57,7 +57,6 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
 
     m_ui->DTP->setValue(m_services.clock.today());
     m_ui->Combo1->addItems(GaugeTable::tankNames());
-    m_ui->flex->setStretchColumn(3);
 
     connect(m_ui->Combo1, &QComboBox::currentIndexChanged, this, [this] {
         m_tankChanged = true;

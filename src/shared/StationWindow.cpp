@@ -9,6 +9,7 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <QScreen>
 
 namespace {
 
@@ -32,6 +33,9 @@ void StationWindow::laidOut()
         button->setAutoDefault(false);
         button->installEventFilter(this);
     }
+    // A screen that is smaller than the form, or scaled, still shows all of it. The frame takes its part.
+    constexpr QSize frame(8, 32);
+    resize(size().boundedTo(screen()->availableGeometry().size() - frame));
     new platform::WindowPlacement(this);
 }
 

@@ -173,6 +173,12 @@ void DatePicker::focusOutEvent(QFocusEvent* event)
         QDateEdit::focusOutEvent(event);
 }
 
+/// Tab leaves the box at once; the base class would walk through the parts of the date.
+bool DatePicker::focusNextPrevChild(bool next)
+{
+    return QWidget::focusNextPrevChild(next);
+}
+
 /// The pop-up has no other door than a press on its arrow.
 void DatePicker::openCalendar()
 {

@@ -1,0 +1,320 @@
+#include "platform/ui/Application.h"
+#include "platform/ui/DatePicker.h"
+#include "registers/frmCadBomba.h"
+#include "support/WindowTest.h"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+using namespace support;
+using platform::MsgBoxResult;
+
+namespace {
+
+const QString SelectPumps = u"open Select * from planilhaposto order by numeroDispositivo"_s;
+const QString TankQuestion =
+    u"4 Editar as leituras anteriores correspondente ao combustivel com o novo numero de TANQUE?"_s;
+
+/// An open pump register over three products and three pumps.
+struct Register
+{
+    explicit Register(BothBackEnds& database)
+        : station(database)
+    {
+        const QString products = u"INSERT INTO CadProdComb (Descritivo, codprod, valor, codigoEstoque) VALUES "_s;
+        const QString pump = u"INSERT INTO PlanilhaPosto VALUES "_s;
+        station.script(
+            {products + u"('Gasolina comum', 7, 5.5, 7)"_s, products + u"('Etanol', 8, 3.5, 8)"_s,
+             products + u"('Etanol', 9, 3.6, 9)"_s, pump + u"(3, 'Bomba pátio', '1.000,00', %1, 7, 'TANQUE_2')"_s,
+             pump + u"(12, 'B12', '5', NULL, 99, NULL)"_s, pump + u"(150, 'B150', '6', %1, 9, 'TANQUE_7')"_s,
+             u"INSERT INTO Leitura (cdgBomba, tanq) VALUES (3, 'TANQUE_2')"_s,
+             u"INSERT INTO Leitura (cdgBomba, tanq) VALUES (12, 'TANQUE_1')"_s,
+             u"INSERT INTO EstoqueDiversos (codigo) VALUES (0)"_s, u"INSERT INTO EstoqueDiversos (codigo) VALUES (1)"_s,
+             u"INSERT INTO EstoqueDiversos (codigo) VALUES (150)"_s});
+        open(window);
+    }
+    QLineEdit& tx(int index) { return control<QLineEdit>(window, qPrintable(u"tx_%1"_s.arg(index))); }
+    QStringList pumps() { return station.rows(u"PlanilhaPosto"_s, u"numeroDispositivo"_s); }
+    QString storedDate() { return station.dialect.isMySql() ? u"2026-03-14 00:00:00"_s : u"14/03/2026 "_s; }
+
+    WindowTest station;
+    frmCadBomba window{station.services};
+    QComboBox& product = control<QComboBox>(window, "Combo1");
+    QComboBox& tank = control<QComboBox>(window, "Combo2");
+    QListWidget& list = control<QListWidget>(window, "List1");
+    platform::DatePicker& date = control<platform::DatePicker>(window, "dtp");
+    QSignalSpy changed{&window, &frmCadBomba::pumpsChanged};
+};
+
+} // namespace
+
+class TestFrmCadBomba : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { platform::prepareApplication(*qApp); }
+
+    void opening_data() { BothBackEnds::addRows(); }
+    void opening()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        QCOMPARE(pumps.station.statements(),
+                 QStringList({u"open Select * from CadProdComb order by Descritivo"_s, SelectPumps}));
+        QCOMPARE(entries(pumps.list), QStringList({u"00003 - BOMBA PÁTIO"_s, u"00012 - B12"_s, u"00150 - B150"_s}));
+        QCOMPARE(pumps.product.itemText(2), u"00007 - Gasolina comum"_s);
+        QCOMPARE(pumps.product.currentIndex(), 0);
+        QCOMPARE(pumps.tx(0).text(), u"Etanol"_s);
+        QCOMPARE(pumps.tank.currentText(), QString());
+        QCOMPARE(pumps.tank.count(), 6);
+        QCOMPARE(pumps.tank.itemText(5), u"TANQUE_6"_s);
+        QCOMPARE(pumps.date.Value(), QDate(2026, 3, 14));
+        QCOMPARE(focused(), u"tx_2"_s);
+        QCOMPARE(namelessControls(pumps.window), QStringList());
+    }
+
+    void byKeyboard_data() { BothBackEnds::addRows(); }
+    void byKeyboard()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        type(u"a0-5.x"_s);
+        QCOMPARE(pumps.tx(2).text(), u"-05,"_s);
+        press({Qt::Key_Backspace, Qt::Key_Home, Qt::Key_Delete, Qt::Key_Return});
+        QTRY_VERIFY(pumps.product.view()->isVisible());
+        press({Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
+        QTRY_VERIFY(!pumps.product.view()->isVisible());
+        press(Qt::Key_Return);
+        QCOMPARE(pumps.tx(0).selectedText(), u"Gasolina comum"_s);
+        type(u"bomba açaí - 5"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(pumps.tx(0).text(), u"BOMBA AÇAÍ - 5"_s);
+        type(u"1.234,5"_s);
+        press({Qt::Key_Return, Qt::Key_Return});
+        QCOMPARE(focused(), u"Combo2"_s);
+        press({Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
+        QCOMPARE(focused(), u"Buttom_Mega1"_s);
+        (void)pumps.station.statements();
+        pumps.station.messages.expect(MsgBoxResult::No);
+        press(Qt::Key_Return);
+        QCOMPARE(pumps.station.statements(),
+                 QStringList({u"open Select * from planilhaposto where numeroDispositivo = 5;"_s,
+                              u"exec INSERT into PlanilhaPosto (numeroDispositivo,Descritivo,Leitura,DataInsert, "
+                              u"ProdVinculado, tanq) values ('05','BOMBA AÇAÍ - 5','1.234,5','"_s +
+                                  pumps.storedDate() + u"','00007','TANQUE_2');"_s,
+                              SelectPumps}));
+        QCOMPARE(pumps.station.boxes(), QStringList({TankQuestion}));
+        QCOMPARE(focused(), u"tx_2"_s);
+        QCOMPARE(pumps.list.count(), 4);
+        QVERIFY(pumps.station
+                    .rows(u"PlanilhaPosto"_s, u"numeroDispositivo Descritivo Leitura DataInsert ProdVinculado tanq"_s)
+                    .contains(
+                        u"5|BOMBA AÇAÍ - 5|1.234,5|%1|7|TANQUE_2"_s.arg(pumps.station.shownDate(QDate(2026, 3, 14)))));
+        QCOMPARE(pumps.changed.count(), 0);
+        press(Qt::Key_Escape);
+        QVERIFY(!pumps.window.isVisible());
+        QCOMPARE(pumps.changed.count(), 1);
+    }
+
+    void replacing_data() { BothBackEnds::addRows(); }
+    void replacing()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        clickEntry(pumps.list, 0);
+        pumps.tank.setCurrentIndex(4);
+        (void)pumps.station.statements();
+        pumps.station.messages.expect(MsgBoxResult::Yes);
+        pumps.station.messages.expect(MsgBoxResult::Yes);
+        click(pumps.window, "Buttom_Mega1");
+        const QStringList statements = pumps.station.statements();
+        QCOMPARE(statements.value(1), u"exec DELETE from planilhaposto where numeroDispositivo = 3"_s);
+        QCOMPARE(statements.last(), u"exec Update Leitura set tanq = 'TANQUE_5' where cdgbomba = 3"_s);
+        QCOMPARE(pumps.station.boxes(),
+                 QStringList({u"4 Já existe em sua base de dados um numero de bomba parecido com este: \r\n3 deseja "
+                              u"editar este existente?"_s,
+                              TankQuestion}));
+        QCOMPARE(pumps.station.rows(u"Leitura"_s, u"cdgBomba tanq"_s),
+                 QStringList({u"3|TANQUE_5"_s, u"12|TANQUE_1"_s}));
+        QCOMPARE(pumps.pumps().size(), 3);
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<QStringList>("typed");    // number, description, reading
+        QTest::addColumn<int>("tank");             // -1 for none
+        QTest::addColumn<QStringList>("messages"); // beginnings; the first one is answered with Yes
+        QTest::addColumn<QString>("left");
+        const QString exists = u"4 Já existe em sua base"_s;
+        const QString reading = u"0 É necessário inserir uma leitura para este dispositivo"_s;
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
+            const auto row = [&](const char* name, const QStringList& typed, int tank, const QStringList& messages,
+                                 const QString& left) {
+                QTest::addRow("%s: %s", qPrintable(backEnd), name) << backEnd << typed << tank << messages << left;
+            };
+            row("no number", {{}, {}, u"1"_s}, 0, {}, u"3 12 150"_s);
+            row("no tank", {u"3"_s, {}, u"1"_s}, -1, {u"0 Selecione o tanque"_s}, u"3 12 150"_s);
+            row("no reading", {u"7"_s, {}, {}}, 0, {reading}, u"3 12 150"_s);
+            row("exists, then no reading: gone", {u"00003"_s, {}, u"x"_s}, 0, {exists, reading}, u"12 150"_s);
+            row("exists, then an apostrophe: gone", {u"3"_s, u"d'água"_s, u"1"_s}, 0, {exists, u"16 Erro"_s},
+                u"12 150"_s);
+        }
+    }
+    void refused()
+    {
+        QFETCH(QStringList, typed);
+        QFETCH(int, tank);
+        QFETCH(QStringList, messages);
+        QFETCH(QString, left);
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        pumps.tx(2).setText(typed[0]);
+        pumps.tx(0).setText(typed[1]);
+        pumps.tx(1).setText(typed[2]);
+        pumps.tank.setCurrentIndex(tank);
+        for (qsizetype i = 0; i < messages.size(); ++i)
+            pumps.station.messages.expect(MsgBoxResult::Yes);
+        click(pumps.window, "Buttom_Mega1");
+        const QStringList shown = pumps.station.boxes();
+        QCOMPARE(shown.size(), messages.size());
+        for (qsizetype i = 0; i < messages.size(); ++i)
+            QVERIFY2(shown[i].startsWith(messages[i]), qPrintable(shown[i]));
+        QCOMPARE(pumps.pumps().join(u' '), left);
+        QCOMPARE(pumps.tx(0).text(), typed[1]);
+        if (messages.isEmpty())
+            QCOMPARE(focused(), u"tx_2"_s);
+        // A No to the same number, and a register without products.
+        pumps.tx(2).setText(u"012"_s);
+        pumps.tank.setCurrentIndex(0);
+        pumps.station.messages.expect(MsgBoxResult::No);
+        click(pumps.window, "Buttom_Mega1");
+        QVERIFY(pumps.station.boxes().first().startsWith(u"4 Já existe"_s));
+        QVERIFY(pumps.pumps().contains(u"12"_s));
+        pumps.product.clear();
+        pumps.tx(2).setText(u"99"_s);
+        pumps.tx(1).setText(u"0"_s);
+        pumps.station.messages.expect();
+        click(pumps.window, "Buttom_Mega1");
+        QCOMPARE(pumps.station.boxes(), QStringList({u"0 É necessário inserir produto vinculado ao dispositivo"_s}));
+    }
+
+    void choosing_data() { BothBackEnds::addRows(); }
+    void choosing()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        (void)pumps.station.statements();
+        clickEntry(pumps.list, 0);
+        QCOMPARE(pumps.station.statements(),
+                 QStringList({u"open Select * from planilhaposto where numerodispositivo = 3;"_s,
+                              u"open Select * from CadProdComb where codprod = 7"_s}));
+        const auto shown = [&] {
+            return QStringList({pumps.tx(2).text(), pumps.tx(0).text(), pumps.tx(1).text(), pumps.tank.currentText(),
+                                pumps.product.currentText(), pumps.date.Value().toString(u"dd/MM/yyyy"_s)})
+                .join(u'|');
+        };
+        QCOMPARE(shown(), u"3|Bomba pátio|1.000,00|TANQUE_2|00007 - Gasolina comum|28/02/2026"_s);
+        // A pump whose product is gone, without tank and date.
+        press(Qt::Key_Down);
+        QCOMPARE(shown(), u"12|B12|5||00007 - Gasolina comum|14/03/2026"_s);
+        // The second of two products of one description, and a tank that is none of the six.
+        press(Qt::Key_Down);
+        QCOMPARE(shown(), u"150|B150|6|TANQUE_7|00009 - Etanol|28/02/2026"_s);
+        // A pump that was deleted while it was listed.
+        pumps.station.script({u"DELETE FROM PlanilhaPosto WHERE numeroDispositivo = 3"_s});
+        clickEntry(pumps.list, 0);
+        QCOMPARE(pumps.tx(2).text(), u"150"_s);
+    }
+
+    void deleting_data()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<int>("entry");
+        QTest::addColumn<QString>("number"); // in the box: decides which pump goes
+        QTest::addColumn<bool>("confirm");
+        QTest::addColumn<QString>("left");
+        QTest::addColumn<QString>("items");
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
+            QTest::addRow("%s: 12 takes item 0 along", qPrintable(backEnd))
+                << backEnd << 1 << u"12"_s << true << u"3 150"_s << u"1 150"_s;
+            QTest::addRow("%s: 150 takes item 1 along", qPrintable(backEnd))
+                << backEnd << 2 << u"150"_s << true << u"3 12"_s << u"0 150"_s;
+            QTest::addRow("%s: another number in the box", qPrintable(backEnd))
+                << backEnd << 2 << u"3"_s << true << u"12 150"_s << u"0 150"_s;
+            QTest::addRow("%s: cancelled", qPrintable(backEnd))
+                << backEnd << 1 << u"12"_s << false << u"3 12 150"_s << u"0 1 150"_s;
+        }
+    }
+    void deleting()
+    {
+        QFETCH(int, entry);
+        QFETCH(QString, number);
+        QFETCH(bool, confirm);
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        clickEntry(pumps.list, entry);
+        pumps.tx(2).setText(number);
+        const QString text = pumps.list.item(entry)->text();
+        (void)pumps.station.statements();
+        pumps.station.messages.expect(confirm ? MsgBoxResult::Ok : MsgBoxResult::Cancel);
+        press(Qt::Key_Delete);
+        QCOMPARE(pumps.station.boxes(),
+                 QStringList({u"1 Deseja mesmo excluir o registro: \r\n"_s + text +
+                              u" inclusive seus VINCULOS, ESTA OPERAÇÃO NÃO PODERÁ SER DESFEITA, caso tenha duvida "
+                              u"cancele imediatamente esta operação"_s}));
+        const QStringList expected{u"exec Delete from planilhaposto where numerodispositivo = "_s + number,
+                                   u"exec Delete from EstoqueDiversos where CODIGO = "_s + QString::number(entry - 1),
+                                   SelectPumps};
+        QCOMPARE(pumps.station.statements(), confirm ? expected : QStringList());
+        QCOMPARE(pumps.changed.count(), confirm ? 1 : 0);
+        QTEST(pumps.pumps().join(u' '), "left");
+        QTEST(pumps.station.rows(u"EstoqueDiversos"_s, u"codigo"_s).join(u' '), "items");
+    }
+
+    void allPumps_data() { BothBackEnds::addRows(); }
+    void allPumps()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        (void)pumps.station.statements();
+        pumps.station.messages.expect();
+        click(pumps.window, "Command1");
+        QCOMPARE(pumps.station.boxes(), QStringList({u"0 Concluido"_s}));
+        QCOMPARE(pumps.station.statements(),
+                 QStringList({u"exec Update planilhaposto set datainsert = '"_s + pumps.storedDate() + u'\''}));
+        const QString day = pumps.station.shownDate(QDate(2026, 3, 14));
+        QCOMPARE(pumps.station.rows(u"PlanilhaPosto"_s, u"DataInsert"_s), QStringList({day, day, day}));
+
+        for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
+            QCOMPARE(pumps.pumps().size(), 3);
+            pumps.station.messages.expect(answer);
+            click(pumps.window, "Buttom_Mega2");
+            QCOMPARE(pumps.station.boxes(),
+                     QStringList({u"4 Esta operação irá excluir a leitura atual, para renovação de dados"_s}));
+        }
+        QCOMPARE(pumps.station.statements(), QStringList({u"exec Delete from planilhaposto"_s, SelectPumps}));
+        QVERIFY(pumps.pumps().isEmpty());
+        QCOMPARE(pumps.list.count(), 3); // the old entries stay, deliberately
+    }
+
+    void closedWhileItLoads_data() { BothBackEnds::addRows(); }
+    void closedWhileItLoads()
+    {
+        FRESH_DATABASE(database);
+        Register pumps(database);
+        pumps.window.close();
+        pumps.station.pump.at(pumps.station.pump.count() + 2, [&] { pumps.window.close(); });
+        (void)pumps.station.statements();
+        pumps.window.exec(); // ends although the window closes in the middle of its first list
+        QVERIFY(!pumps.window.isVisible());
+        QCOMPARE(pumps.station.statements().size(), 2);
+    }
+};
+
+QTEST_MAIN(TestFrmCadBomba)
+#include "test_frmCadBomba.moc"

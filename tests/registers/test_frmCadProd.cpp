@@ -1,0 +1,258 @@
+#include "platform/ui/Application.h"
+#include "registers/frmCadProd.h"
+#include "support/WindowTest.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+using namespace support;
+using platform::MsgBoxResult;
+
+namespace {
+
+const QString SelectStock = u"open Select * from Estoque order by Discriminacao"_s;
+const QString SelectProducts = u"open Select * from cadprodcomb order by Descritivo"_s;
+
+/// An open product register over three stock items, two products and three ledger rows.
+struct Register
+{
+    explicit Register(BothBackEnds& database)
+        : station(database)
+    {
+        const QString item = u"INSERT INTO Estoque (codigo, Discriminacao, valorvenda) VALUES "_s;
+        const QString products = u"INSERT INTO CadProdComb (Descritivo, codprod, valor, codigoEstoque) VALUES "_s;
+        const QString ledger = u"INSERT INTO ControleProdComb (CodProd, cred) VALUES "_s;
+        station.script({item + u"(7, 'Gasolina comum', 5.499)"_s, item + u"(21, 'Óleo diesel', 1234.5)"_s,
+                        item + u"(30, 'Gasolina d''água', 1)"_s, products + u"('Gasolina comum', 70, 5, 7)"_s,
+                        products + u"('Etanol', 8, 3.5, 8)"_s, ledger + u"(7, 1)"_s, ledger + u"(7, 2)"_s,
+                        ledger + u"(8, 3)"_s});
+        open(window);
+    }
+    QLineEdit& code() { return control<QLineEdit>(window, "Text1"); }
+    QLineEdit& price() { return control<QLineEdit>(window, "Text2"); }
+    QString shown()
+    {
+        return QStringList({control<QLabel>(window, "Label1").text(), code().text(), price().text()}).join(u'|');
+    }
+    QStringList products() { return station.rows(u"CadProdComb"_s, u"Descritivo codprod valor codigoEstoque"_s); }
+    QStringList ledger() { return station.rows(u"ControleProdComb"_s, u"CodProd cred"_s); }
+    /// Picks an entry of the stock by keys alone.
+    void pick(int entry)
+    {
+        control<QPushButton>(window, "cmddir").setFocus();
+        press(Qt::Key_Return);
+        for (int i = 0; i <= entry; ++i)
+            press(Qt::Key_Down);
+        press(Qt::Key_Return);
+    }
+
+    WindowTest station;
+    frmCadProd window{station.services};
+    QListWidget& list = control<QListWidget>(window, "List1");
+    QGroupBox& chooser = control<QGroupBox>(window, "Frame2");
+    QSignalSpy changed{&window, &frmCadProd::pumpsChanged};
+};
+
+} // namespace
+
+class TestFrmCadProd : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { platform::prepareApplication(*qApp); }
+
+    void opening_data() { BothBackEnds::addRows(); }
+    void opening()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
+        QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s, u"00007 - Gasolina comum"_s}));
+        QCOMPARE(entries(control<QListWidget>(products.window, "List2")),
+                 QStringList({u"00007 - Gasolina comum"_s, u"00030 - Gasolina d'água"_s, u"00021 - Óleo diesel"_s}));
+        QVERIFY(!products.chooser.isVisible());
+        QCOMPARE(products.chooser.pos(), QPoint(8, 8) * products.window.logicalDpiX() / 96);
+        QCOMPARE(namelessControls(products.window), QStringList());
+    }
+
+    void byKeyboard_data() { BothBackEnds::addRows(); }
+    void byKeyboard()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        (void)products.station.statements();
+        press(Qt::Key_Return); // on the button that opens the chooser
+        QVERIFY(products.chooser.isVisible());
+        press(Qt::Key_Escape);
+        QVERIFY(!products.chooser.isVisible());
+        QVERIFY(products.window.isVisible());
+        products.pick(2);
+        QVERIFY(!products.chooser.isVisible());
+        QCOMPARE(products.shown(), u"Óleo diesel|00021|1.234,500"_s);
+        QCOMPARE(products.price().selectedText(), u"1.234,500"_s);
+        type(u"5,499"_s);
+        press({Qt::Key_Backtab});
+        QCOMPARE(products.code().selectedText(), u"00021"_s);
+        type(u"21"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(products.code().text(), u"00021"_s);
+        QCOMPARE(focused(), u"Buttom_Mega1"_s);
+        press(Qt::Key_Return);
+        const QString price = database.isMySql() ? u"5.499"_s : u"5,499"_s;
+        QCOMPARE(products.station.statements(),
+                 QStringList({u"open Select * from estoque where codigo = 21"_s,
+                              u"open Select * from CadProdComb where Descritivo = 'Óleo diesel'"_s,
+                              u"exec Insert Into CadProdComb(Descritivo, codprod, valor, codigoestoque) values "
+                              u"('Óleo diesel','00021','%1','00021')"_s.arg(price),
+                              SelectProducts}));
+        QCOMPARE(products.price().text(), price); // rewritten for the server, deliberately
+        QCOMPARE(focused(), u"Text2"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(focused(), u"Buttom_Mega1"_s);
+        QCOMPARE(products.products().last(), u"Óleo diesel|21|5.499|21"_s);
+        QCOMPARE(products.list.count(), 3);
+        const QRect place = products.window.geometry();
+        press(Qt::Key_Escape);
+        QVERIFY(!products.window.isVisible());
+        QVERIFY(products.window.x() > place.x() + 500 && products.window.y() > place.y()); // it slid away
+        QCOMPARE(products.changed.count(), 1);
+    }
+
+    void existing_data()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<bool>("similar");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QStringList>("rows");
+        const QStringList old{u"Gasolina comum|70|5|7"_s, u"Etanol|8|3.5|8"_s};
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
+            QTest::addRow("%s: no", qPrintable(backEnd)) << backEnd << false << false << old;
+            // The old codprod stays.
+            QTest::addRow("%s: yes", qPrintable(backEnd))
+                << backEnd << false << true << QStringList({u"Gasolina comum|70|6.5|9"_s, old[1]});
+            QTest::addRow("%s: one more of the description", qPrintable(backEnd))
+                << backEnd << true << false << QStringList({old[0], old[1], u"Gasolina comum|9|6.5|9"_s});
+        }
+    }
+    void existing()
+    {
+        QFETCH(bool, similar);
+        QFETCH(bool, yes);
+        FRESH_DATABASE(database);
+        Register products(database);
+        clickEntry(products.list, 1);
+        QCOMPARE(products.shown(), u"Gasolina comum|00007|5,000"_s);
+        QCOMPARE(products.station.statements().last(), u"open Select * from cadprodcomb where codigoestoque = 7"_s);
+        products.code().setText(u"9"_s);
+        products.price().setText(u"6,5"_s);
+        control<QCheckBox>(products.window, "Check1").setChecked(similar);
+        if (!similar)
+            products.station.messages.expect(yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        click(products.window, "Buttom_Mega1");
+        QCOMPARE(products.station.boxes(),
+                 similar ? QStringList() : QStringList({u"4 Aplicar as alterações para Gasolina comum"_s}));
+        const QString price = database.isMySql() ? u"6.5"_s : u"6,5"_s;
+        const QString update = u"exec UPDATE cadProdComb set descritivo = 'Gasolina comum', valor = '"_s + price +
+                               u"', codigoestoque = '9' where descritivo = 'Gasolina comum';"_s;
+        QCOMPARE(products.station.statements().contains(update), yes);
+        QTEST(products.products(), "rows");
+        QCOMPARE(focused(), u"Text2"_s);
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("price");
+        QTest::addColumn<QString>("focus");
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
+            QTest::addRow("%s: price first", qPrintable(backEnd)) << backEnd << u"x"_s << u""_s << u"Text2"_s;
+            QTest::addRow("%s: no code", qPrintable(backEnd)) << backEnd << u"x"_s << u"0"_s << u"Text1"_s;
+            QTest::addRow("%s: code zero", qPrintable(backEnd)) << backEnd << u"00000"_s << u"0"_s << u"Text1"_s;
+            QTest::addRow("%s: price zero", qPrintable(backEnd)) << backEnd << u"7"_s << u"0,000"_s << u"Text2"_s;
+        }
+    }
+    void refused()
+    {
+        QFETCH(QString, code);
+        QFETCH(QString, price);
+        FRESH_DATABASE(database);
+        Register products(database);
+        products.code().setText(code);
+        products.price().setText(price);
+        (void)products.station.statements();
+        click(products.window, "Buttom_Mega1");
+        QTEST(focused(), "focus");
+        QCOMPARE(products.station.statements(), QStringList());
+        QCOMPARE(products.price().text(), price);
+    }
+
+    void apostropheAndGoneItem_data() { BothBackEnds::addRows(); }
+    void apostropheAndGoneItem()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        products.pick(1);
+        QCOMPARE(products.shown(), u"Gasolina d'água|00030|1,000"_s);
+        products.station.messages.expect();
+        click(products.window, "Buttom_Mega1");
+        QVERIFY(products.station.boxes().first().startsWith(u"16 Erro em tempo de execução"_s));
+        QCOMPARE(products.products().size(), 2);
+
+        products.station.script({u"DELETE FROM Estoque WHERE codigo = 21"_s, u"DELETE FROM CadProdComb"_s});
+        products.pick(1); // one on from the last pick
+        QCOMPARE(products.shown(), u"Óleo diesel|00021|"_s);
+        clickEntry(products.list, 0);
+        QCOMPARE(products.shown(), u"Óleo diesel|00021|"_s);
+        products.list.clearSelection();
+        (void)products.station.statements();
+        press(Qt::Key_Delete); // nothing is selected: nothing is asked
+        QCOMPARE(products.station.statements(), QStringList());
+    }
+
+    void deleting_data() { BothBackEnds::addRows(); }
+    void deleting()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        clickEntry(products.list, 1);
+        (void)products.station.statements();
+        const QString one = u"84 Deseja mesmo excluir o registro 00007 e todos seus vinculados? Esta operação não "
+                            u"poderá ser desfeita"_s;
+        for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
+            QCOMPARE(products.ledger().size(), 3);
+            products.station.messages.expect(answer);
+            press(Qt::Key_Delete);
+            QCOMPARE(products.station.boxes(), QStringList({one}));
+        }
+        QCOMPARE(products.station.statements(),
+                 QStringList({u"exec Delete from CadProdComb where codigoestoque = 7"_s,
+                              u"exec Delete from ControleProdComb where codProd = 7"_s, SelectProducts}));
+        QCOMPARE(products.products(), QStringList({u"Etanol|8|3.5|8"_s}));
+        QCOMPARE(products.ledger(), QStringList({u"8|3"_s}));
+
+        const QString all =
+            u"84 Deseja mesmo excluir a lista e todos seus vinculados? Esta operação não poderá ser desfeita"_s;
+        for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
+            QCOMPARE(products.ledger().size(), 1);
+            products.station.messages.expect(answer);
+            click(products.window, "Command2");
+            QCOMPARE(products.station.boxes(), QStringList({all}));
+        }
+        QCOMPARE(products.station.statements(),
+                 QStringList({u"exec Delete from CadProdComb where codigoI >= 0"_s,
+                              u"exec Delete from ControleProdComb where codigoI >= 0"_s, SelectProducts}));
+        QVERIFY(products.products().isEmpty() && products.ledger().isEmpty());
+        QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s})); // the old entry stays, deliberately
+        click(products.window, "Command1");
+        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
+    }
+};
+
+QTEST_MAIN(TestFrmCadProd)
+#include "test_frmCadProd.moc"

@@ -1,0 +1,176 @@
+#pragma once
+
+#include "data/Dialect.h"
+#include "shared/Services.h"
+#include "support/BothBackEnds.h"
+#include "support/Doubles.h"
+#include "support/StatementTrace.h"
+#include "support/StationSchema.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+
+#include <stdexcept>
+
+// What a test needs to drive a window as a person does.
+namespace support {
+
+/// A station with what every window is given. Today is Saturday, 14/03/2026.
+struct WindowTest
+{
+    explicit WindowTest(BothBackEnds& used)
+        : database(used)
+        , dialect(used.isMySql() ? QStringLiteral("mysql") : QString())
+    {
+        makeStation(used);
+    }
+
+    BothBackEnds& database;
+    data::Dialect dialect;
+    TestMessages messages;
+    TestClock clock{QDateTime(QDate(2026, 3, 14), QTime(10, 20, 30))};
+    TestPump pump;
+    Services services{database.connection(), dialect, messages, clock, pump};
+    StatementTrace trace;
+
+    /// A day as both back ends take it in a statement that inserts it.
+    [[nodiscard]] QString date(QDate day) const
+    {
+        return database.isMySql() ? day.toString(QStringLiteral("''yyyy-MM-dd''"))
+                                  : day.toString(QStringLiteral("#MM/dd/yyyy#"));
+    }
+    /// The same as the tables are read from outside.
+    [[nodiscard]] QString shownDate(QDate day) const
+    {
+        return day.toString(database.isMySql() ? QStringLiteral("yyyy-MM-dd") : QStringLiteral("yyyy-MM-dd 00:00:00"));
+    }
+    /// Runs statements that are no part of what is tested; %1 is a day of the past month, 28/02/2026.
+    void script(const QStringList& lines)
+    {
+        QStringList filled;
+        for (const QString& line : lines)
+            filled << QString(line).replace(QStringLiteral("%1"), date(QDate(2026, 2, 28)));
+        database.script(filled);
+        trace.clear();
+    }
+    /// The rows of a table from outside, cells joined by "|"; columns separated by a blank.
+    [[nodiscard]] QStringList rows(const QString& table, const QString& columns) const
+    {
+        QStringList lines;
+        for (const QStringList& row : database.table(table, columns.split(u' ')))
+            lines << row.join(u'|');
+        return lines;
+    }
+    /// The statements since the last look, and forgets them.
+    [[nodiscard]] QStringList statements()
+    {
+        const QStringList lines = trace.lines();
+        trace.clear();
+        return lines;
+    }
+    /// The boxes since the last look, as "style prompt" or "style title: prompt", and forgets them. Every expected one
+    /// must have come.
+    [[nodiscard]] QStringList boxes()
+    {
+        QStringList texts;
+        for (const TestMessages::Shown& box : messages.shown())
+            texts << QString::number(box.style) + u' ' +
+                         (box.title.isEmpty() ? QString() : box.title + QStringLiteral(": ")) + box.prompt;
+        if (messages.pending() > 0)
+            texts << QStringLiteral("and an expected box has not come");
+        messages.clear();
+        return texts;
+    }
+};
+
+/// Shows a window and lets it load.
+inline void open(QWidget& window)
+{
+    window.show();
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window))
+        throw std::runtime_error("the window does not become active");
+    QCoreApplication::processEvents();
+}
+
+/// A control by its name.
+template <typename T>
+T& control(const QWidget& window, const char* name)
+{
+    if (T* const found = window.findChild<T*>(QLatin1String(name)))
+        return *found;
+    QStringList names;
+    for (const QWidget* child : window.findChildren<QWidget*>())
+        names << child->objectName();
+    throw std::runtime_error(QStringLiteral("no %1 among %2").arg(QLatin1String(name), names.join(u' ')).toStdString());
+}
+
+/// Names of the controls that can have the focus and no accessible name.
+inline QStringList namelessControls(const QWidget& window)
+{
+    QStringList names;
+    for (const QWidget* child : window.findChildren<QWidget*>()) {
+        const bool inner = child->objectName().isEmpty() || child->objectName().startsWith(u"qt_");
+        if (!inner && child->focusPolicy() != Qt::NoFocus && child->accessibleName().isEmpty())
+            names << child->objectName();
+    }
+    return names;
+}
+
+/// Name of the widget that has the focus.
+inline QString focused()
+{
+    const QWidget* const widget = QApplication::focusWidget();
+    return widget ? widget->objectName() : QString();
+}
+
+/// A key to whatever has the keyboard: an open drop-down list, else the focused widget.
+inline void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QWidget* target = QApplication::activePopupWidget();
+    if (!target || target->focusWidget())
+        target = target ? target->focusWidget() : QApplication::focusWidget();
+    if (!target)
+        throw std::runtime_error("nothing has the focus");
+    QTest::keyClick(target, key, modifiers);
+    QCoreApplication::processEvents();
+}
+
+inline void press(std::initializer_list<Qt::Key> keys)
+{
+    for (const Qt::Key key : keys)
+        press(key);
+}
+
+/// Types a text into the focused widget.
+inline void type(const QString& text)
+{
+    for (const QChar character : text) {
+        QKeyEvent down(QEvent::KeyPress, 0, Qt::NoModifier, QString(character));
+        QApplication::sendEvent(QApplication::focusWidget(), &down);
+    }
+    QCoreApplication::processEvents();
+}
+
+inline void click(QWidget& window, const char* button)
+{
+    QTest::mouseClick(&control<QAbstractButton>(window, button), Qt::LeftButton);
+}
+
+inline void clickEntry(QListWidget& list, int row)
+{
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualItemRect(list.item(row)).center());
+}
+
+inline QStringList entries(const QListWidget& list)
+{
+    QStringList texts;
+    for (int row = 0; row < list.count(); ++row)
+        texts << list.item(row)->text();
+    return texts;
+}
+
+} // namespace support

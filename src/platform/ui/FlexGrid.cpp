@@ -162,7 +162,12 @@ void FlexGrid::setTextMatrix(int row, int column, const QString& text)
 
 void FlexGrid::AddItem(const QString& tabSeparatedCells)
 {
-    m_model->addRow(tabSeparatedCells);
+    AddItem(QByteArrayView(tabSeparatedCells.toUtf8()));
+}
+
+void FlexGrid::AddItem(QByteArrayView tabSeparatedUtf8)
+{
+    m_model->addRow(tabSeparatedUtf8);
     m_widths->note(m_model->rowText(m_model->rows() - 1));
     afterChange();
 }

@@ -1,0 +1,249 @@
+#include "platform/ui/Application.h"
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/FlexGrid.h"
+#include "stock/frmControlEstoqueParal.h"
+#include "support/WindowTest.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+using namespace support;
+using platform::DatePicker;
+using platform::FlexGrid;
+
+namespace {
+
+/// The open ledger over two products (row keys 1 and 2) and movements of the first one around the month.
+struct Ledger
+{
+    explicit Ledger(BothBackEnds& database)
+        : station(database)
+    {
+        const QString product = u"INSERT INTO CadProdComb (Descritivo, codprod, codigoEstoque) VALUES "_s;
+        const QString row = u"INSERT INTO ControleProdComb (CodProd, DataOP, descritivo, fornecedor, NumeroNota, cred, "
+                            u"deb) VALUES (1, "_s;
+        const auto on = [this](int month, int day) { return station.date(QDate(2026, month, day)); };
+        station.script({product + u"('Óleo diesel', 7, 7)"_s, product + u"('Álcool', 8, 8)"_s,
+                        u"INSERT INTO Fornece (razao) VALUES ('Usina São João')"_s,
+                        u"INSERT INTO Fornece (razao) VALUES ('Distribuidora Ipê')"_s,
+                        row + on(3, 14) + u", 'Óleo diesel', 'F', 'N2', 0, 250.5)"_s,
+                        row + on(3, 1) + u", 'Óleo diesel', 'F', 'N1', 1000, 0)"_s,
+                        row + on(2, 28) + u", 'Óleo diesel', 'F', 'N0', 5, 0)"_s,
+                        row + on(3, 15) + u", 'Óleo diesel', 'F', 'N3', 7, NULL)"_s});
+        open(window);
+    }
+    QString literal(const QString& access, const QString& mySql) const
+    {
+        return station.dialect.isMySql() ? u" ' "_s + mySql + u" ' "_s : u" # "_s + access + u" # "_s;
+    }
+    QString select(int product) const
+    {
+        return u"open Select * from ControleProdComb where codProd = %1  and DataOP >= "_s.arg(product) +
+               literal(u"03/01/2026"_s, u"2026/03/01"_s) + u" and DataOP <= "_s +
+               literal(u"03/14/2026"_s, u"2026/03/14"_s) + u"  order by DataOP;"_s;
+    }
+    QLineEdit& tx(int index) { return control<QLineEdit>(window, index == 0 ? "tx_0" : "tx_1"); }
+    QString totals()
+    {
+        return control<QLabel>(window, "lbt_0").text() + u'|' + control<QLabel>(window, "lbt_1").text();
+    }
+    QString row(int index)
+    {
+        QStringList cells;
+        for (int column = 0; column < grid.Cols(); ++column)
+            cells << grid.TextMatrix(index, column);
+        return cells.join(u'|');
+    }
+    /// What the window has written, behind the four movements of the beginning. An empty text of an Access file reads
+    /// as Null.
+    QStringList written()
+    {
+        return station.rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo cred deb fornecedor NumeroNota"_s)
+            .mid(4)
+            .replaceInStrings(u"NULL"_s, QString());
+    }
+
+    WindowTest station;
+    QStringList printed;
+    bool printerFails = false;
+    frmControlEstoqueParal window{station.services, [this](const LedgerListing& listing) {
+                                      if (printerFails)
+                                          throw std::runtime_error("no paper");
+                                      printed << listing.product << listing.first.toString(u"dd/MM/yyyy"_s)
+                                              << listing.last.toString(u"dd/MM/yyyy"_s) << listing.totalCredit
+                                              << listing.totalDebit << QString::number(listing.grid.Rows());
+                                  }};
+    QListWidget& list = control<QListWidget>(window, "List1");
+    FlexGrid& grid = control<FlexGrid>(window, "flex");
+    QComboBox& supplier = control<QComboBox>(window, "Combo1");
+};
+
+} // namespace
+
+class TestFrmControlEstoqueParal : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { platform::prepareApplication(*qApp); }
+
+    void opening_data() { BothBackEnds::addRows(); }
+    void opening()
+    {
+        FRESH_DATABASE(database);
+        Ledger ledger(database);
+        const QString selectProducts = u"open Select * from CadProdComb order by Descritivo"_s;
+        QCOMPARE(ledger.station.statements(),
+                 QStringList({u"open Select * from Fornece order by razao;"_s, selectProducts}));
+        QCOMPARE(entries(ledger.list), QStringList({u"00002 - Álcool"_s, u"00001 - Óleo diesel"_s}));
+        QCOMPARE(ledger.row(0), u"|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"_s);
+        QCOMPARE(ledger.grid.Rows(), 1);
+        QCOMPARE(ledger.totals(), u"0,00|0,00"_s);
+        QCOMPARE(ledger.supplier.currentText(), u"DISTRIBUIDORA IPÊ"_s);
+        QCOMPARE(control<QLabel>(ledger.window, "Label5").text(), u"14/03/2026"_s);
+        QCOMPARE(control<DatePicker>(ledger.window, "dtp_0").Value(), QDate(2026, 3, 1));
+        QCOMPARE(control<DatePicker>(ledger.window, "dtp_1").Value(), QDate(2026, 3, 14));
+        QCOMPARE(namelessControls(ledger.window), QStringList());
+
+        // A product that came while the window was away is there when it is shown again.
+        ledger.window.close();
+        ledger.station.script({u"INSERT INTO CadProdComb (Descritivo) VALUES ('Arla')"_s});
+        open(ledger.window);
+        QCOMPARE(ledger.station.statements(), QStringList({selectProducts}));
+        QCOMPARE(ledger.list.count(), 3);
+        QCOMPARE(ledger.supplier.count(), 2);
+    }
+
+    void listing_data() { BothBackEnds::addRows(); }
+    void listing()
+    {
+        FRESH_DATABASE(database);
+        Ledger ledger(database);
+        (void)ledger.station.statements();
+        clickEntry(ledger.list, 1);
+        QCOMPARE(ledger.station.statements(), QStringList({ledger.select(1)}));
+        QCOMPARE(ledger.grid.Rows(), 3); // both ends of the period
+        QCOMPARE(ledger.row(1), u"2|1|01/03/26|Óleo diesel|1.000,00|0,00|N1|F"_s);
+        QCOMPARE(ledger.row(2), u"1|1|14/03/26|Óleo diesel|0,00|250,50|N2|F"_s);
+        for (int row = 1; row < 3; ++row) {
+            QCOMPARE(ledger.grid.CellBackColor(row, 4), 0xC0FFC0U);
+            QCOMPARE(ledger.grid.CellBackColor(row, 5), 0xC0E0FFU);
+            QCOMPARE(ledger.grid.CellBackColor(row, 3), 0U);
+        }
+        QCOMPARE(ledger.totals(), u"1.000,00|250,50"_s);
+
+        control<DatePicker>(ledger.window, "dtp_1").setValue(QDate(2026, 3, 15));
+        click(ledger.window, "btI"); // the listing as it is shown, whatever the controls say by now
+        QCOMPARE(ledger.printed, QStringList({u"00001 - Óleo diesel"_s, u"01/03/2026"_s, u"14/03/2026"_s, u"1.000,00"_s,
+                                              u"250,50"_s, u"3"_s}));
+        ledger.printerFails = true;
+        ledger.station.messages.expect();
+        click(ledger.window, "btI");
+        QVERIFY(ledger.station.boxes().first().contains(u"no paper"_s));
+
+        clickEntry(ledger.list, 1);
+        QCOMPARE(ledger.totals(), u"1.007,00|250,50"_s);
+        QCOMPARE(ledger.grid.TextMatrix(3, 5), QString()); // an empty debit
+        control<QListWidget>(ledger.window, "List1").setFocus();
+        press(Qt::Key_Up);
+        QCOMPARE(ledger.grid.Rows(), 1);
+        QCOMPARE(ledger.totals(), u"0,00|0,00"_s);
+    }
+
+    void newerListingWins_data() { BothBackEnds::addRows(); }
+    void newerListingWins()
+    {
+        FRESH_DATABASE(database);
+        Ledger ledger(database);
+        ledger.station.script({u"UPDATE ControleProdComb SET CodProd = 2 WHERE CodigoI = 2"_s});
+        ledger.station.pump.at(ledger.station.pump.count() + 1, [&] { clickEntry(ledger.list, 0); });
+        clickEntry(ledger.list, 1);
+        QCOMPARE(ledger.grid.Rows(), 2);
+        QCOMPARE(ledger.grid.TextMatrix(1, 1), u"2"_s);
+        QVERIFY(ledger.grid.Redraw());
+        QCOMPARE(ledger.totals(), u"1.000,00|0,00"_s);
+    }
+
+    void byKeyboard_data() { BothBackEnds::addRows(); }
+    void byKeyboard()
+    {
+        FRESH_DATABASE(database);
+        Ledger ledger(database);
+        QCOMPARE(focused(), u"List1"_s);
+        press({Qt::Key_Down, Qt::Key_Down});
+        (void)ledger.station.statements();
+        press(Qt::Key_Return);
+        QCOMPARE(focused(), u"tx_0"_s);
+        type(u"1000"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(ledger.tx(0).text(), u"1.000,00"_s);
+        QCOMPARE(focused(), u"tx_1"_s);
+        type(u"NF 77"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(focused(), u"Combo1"_s);
+        press({Qt::Key_Down, Qt::Key_Return});
+        QCOMPARE(focused(), u"BTM"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(ledger.station.statements(),
+                 QStringList({u"open Select * from ControleProdComb;"_s, ledger.select(1)}));
+        const QString day = ledger.station.shownDate(QDate(2026, 3, 14));
+        QCOMPARE(ledger.written(), QStringList({u"1|%1|Óleo diesel|1000|0|USINA SÃO JOÃO|NF 77"_s.arg(day)}));
+        QCOMPARE(ledger.totals(), u"2.000,00|250,50"_s);
+        QCOMPARE(focused(), u"List1"_s);
+
+        // A debit, without supplier and invoice number; an apostrophe is no harm here.
+        press({Qt::Key_Tab, Qt::Key_Right, Qt::Key_Tab});
+        QCOMPARE(ledger.tx(0).selectedText(), u"1.000,00"_s);
+        type(u"2,5"_s);
+        press(Qt::Key_Return);
+        type(u"d'água"_s);
+        press(Qt::Key_Return);
+        press({Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Return});
+        QCOMPARE(ledger.written().last(), u"1|%1|Óleo diesel|0|2.5||d'água"_s.arg(day));
+        QCOMPARE(ledger.totals(), u"2.000,00|253,00"_s);
+        press(Qt::Key_Escape);
+        QVERIFY(!ledger.window.isVisible());
+    }
+
+    void litres_data()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QStringList>("written");
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
+            const auto row = [&](const char* typed, const char* box, const QStringList& written) {
+                QTest::addRow("%s: '%s'", qPrintable(backEnd), typed)
+                    << backEnd << QString::fromLatin1(typed) << QString::fromLatin1(box) << written;
+            };
+            row("abc", "0", {});
+            row("", "0", {});
+            row("0", "0,00", {});
+            // Without a selected product the row belongs to none.
+            row("-3", "-3,00", {u"0||-3|0"_s});
+        }
+    }
+    void litres()
+    {
+        QFETCH(QString, typed);
+        FRESH_DATABASE(database);
+        Ledger ledger(database);
+        (void)ledger.station.statements();
+        ledger.tx(0).setFocus();
+        type(typed);
+        click(ledger.window, "BTM");
+        QTEST(ledger.tx(0).text(), "box");
+        QStringList rows;
+        for (const QString& row : ledger.written())
+            rows << row.section(u'|', 0, 0) + u'|' + row.section(u'|', 2, 4);
+        QTEST(rows, "written");
+        QCOMPARE(ledger.station.statements().size(), rows.isEmpty() ? 0 : 2);
+    }
+};
+
+QTEST_MAIN(TestFrmControlEstoqueParal)
+#include "test_frmControlEstoqueParal.moc"

@@ -56,7 +56,9 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
         }
         return *known;
     };
+    qsizetype done = 0;
     for (; !readings.Eof(); readings.MoveNext()) {
+        flex2.setProgress(done++, readings.RecordCount());
         const HistoryRows::Totals row = reading.totals();
         HistoryRows::add(flex2, reading.line(descriptionOf(reading.pump()), row));
         totals += row;
@@ -85,7 +87,9 @@ void frmprincipal::carrega_flex1Consolidado()
     HistoryRows::Totals totals;
     ado::Recordset pumps;
     pumps.Open(QStringLiteral("Select * from PlanilhaPosto order by numerodispositivo"), m_services.DataConnection);
+    qsizetype done = 0;
     for (; !pumps.Eof(); pumps.MoveNext()) {
+        flex2.setProgress(done++, pumps.RecordCount());
         const QString pump = pumps.Fields(u"numerodispositivo").textOrEmpty();
         ado::Recordset readings;
         readings.Open(period + pump + QStringLiteral(" order by cdgBomba, dataLT asc"), m_services.DataConnection);

@@ -14,7 +14,6 @@ namespace {
 struct Weight
 {
     bool known = false;
-    std::uint8_t count = 0; ///< Primary weights; an expansion has two, a two-byte weight is one.
     std::uint8_t length = 0;
     std::array<std::uint8_t, 2> primary{};
     std::uint8_t accent = 0;
@@ -105,7 +104,7 @@ public:
         for (const Special& special : specials)
             at(special.code) = single(special.primary);
         for (const Expansion& each : expansions)
-            at(each.code) = {true, 2, 2, {each.first, each.second}, 0, 0};
+            at(each.code) = {true, 2, {each.first, each.second}, 0, 0};
         for (const Accented& each : accentedLetters) {
             at(each.code) = accented(each);
             at(each.code + 0x20) = accented(each);
@@ -141,7 +140,7 @@ public:
 private:
     static Weight single(std::uint16_t primary)
     {
-        Weight weight{true, 1, 1, {static_cast<std::uint8_t>(primary & 0xFF), 0}, 0, 0};
+        Weight weight{true, 1, {static_cast<std::uint8_t>(primary & 0xFF), 0}, 0, 0};
         if (primary > 0xFF) {
             weight.length = 2;
             weight.primary = {static_cast<std::uint8_t>(primary >> 8), static_cast<std::uint8_t>(primary & 0xFF)};
@@ -164,7 +163,7 @@ private:
         }
         return m_others.emplace_back(code, Weight{}).second;
     }
-    void ignorable(char32_t code, char32_t mark) { at(code) = {true, 0, 0, {}, 0, static_cast<std::uint8_t>(mark)}; }
+    void ignorable(char32_t code, char32_t mark) { at(code) = {true, 0, {}, 0, static_cast<std::uint8_t>(mark)}; }
     std::array<Weight, 256> m_latin{};
     std::vector<std::pair<char32_t, Weight>> m_others;
 };
@@ -178,8 +177,9 @@ bool appendTextKey(std::string_view utf8, Bytes& key)
         utf8.remove_suffix(1);
     Bytes extra;
     Bytes ignorables;
-    std::size_t weights = 0;
-    std::size_t counted = 0; ///< Weights that `extra` has accounted for.
+    // Places count characters: a letter that expands to two weights is one, as in the files of Access 2003.
+    std::size_t characters = 0;
+    std::size_t counted = 0; ///< Characters that `extra` has accounted for.
     std::size_t units = 0;
     for (std::size_t at = 0; at < utf8.size() && units < longestText;) {
         const char32_t code = nextCodePoint(utf8, at);
@@ -187,9 +187,9 @@ bool appendTextKey(std::string_view utf8, Bytes& key)
         const Weight* weight = order.find(code);
         if (weight == nullptr)
             return false;
-        const std::size_t before = weights;
+        const std::size_t before = characters;
         key.insert(key.end(), weight->primary.begin(), weight->primary.begin() + weight->length);
-        weights += weight->count;
+        characters += weight->length > 0 ? 1 : 0;
         if (weight->accent != 0) {
             for (; counted < before; ++counted)
                 extra.push_back(placeholder);

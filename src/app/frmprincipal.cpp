@@ -42,7 +42,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     m_ui->flex->setStretchColumn(PumpGrid::Description);
     m_ui->flex2->setStretchColumn(HistoryRows::Description);
     m_ui->FlexD->setStretchColumn(1);
-    m_ui->flexG->setStretchColumn(6);
+    m_ui->flexG->setStretchColumn(7);
 
     new platform::KeyFilter(m_ui->Text1, [this](int code) { return text1Key(code); });
     new platform::KeyFilter(m_ui->Text2, [](int code) { return code; }); // For the keypad's decimal key.
@@ -98,6 +98,9 @@ void frmprincipal::connectControls()
         if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
             event->accept();
             m_ui->Text2->setFocus();
+        } else if (event->key() == Qt::Key_Space) {
+            event->accept();
+            Module1::marca_linha(*m_ui->FlexD);
         }
     });
     connect(m_ui->FlexD->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &frmprincipal::mostra_item);

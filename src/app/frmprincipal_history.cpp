@@ -46,7 +46,9 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
     const HistoryRows::Reading reading(readings);
     HistoryRows::Totals totals;
     QHash<QString, QString> descriptions; // Asked once per pump and list.
+    qsizetype done = 0;
     for (; !readings.Eof(); readings.MoveNext()) {
+        flex2.setProgress(done++, readings.RecordCount());
         const QString pump = reading.pump();
         auto description = descriptions.constFind(pump);
         if (description == descriptions.cend())
@@ -79,7 +81,9 @@ void frmprincipal::carrega_flex1Consolidado()
     HistoryRows::Totals totals;
     ado::Recordset pumps;
     pumps.Open(QStringLiteral("Select * from PlanilhaPosto order by numerodispositivo"), m_services.DataConnection);
+    qsizetype done = 0;
     for (; !pumps.Eof(); pumps.MoveNext()) {
+        flex2.setProgress(done++, pumps.RecordCount());
         const QString pump = pumps.Fields(u"numerodispositivo").textOrEmpty();
         ado::Recordset readings;
         readings.Open(period + pump + QStringLiteral(" order by cdgBomba, dataLT asc"), m_services.DataConnection);

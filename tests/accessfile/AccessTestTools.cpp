@@ -55,11 +55,12 @@ std::string numericText(Numeric number)
     return (number.negative ? "-" : "") + digits;
 }
 
+/// As the other reader groups its digits.
 std::string guidText(const Guid& guid)
 {
     const std::string hex = hexOf({guid.bytes.begin(), guid.bytes.end()});
     return QString::fromStdString("{" + hex.substr(0, 8) + "-" + hex.substr(8, 4) + "-" + hex.substr(12, 4) + "-" +
-                                  hex.substr(16, 4) + "-" + hex.substr(20) + "}")
+                                  hex.substr(16) + "}")
         .toUpper()
         .toStdString();
 }
@@ -85,9 +86,11 @@ struct CellText
     std::string operator()(const Bytes& value) const { return hexOf(value); }
 };
 
-/// The other reader's text of a number, printed as this side prints it.
-std::string sameNumber(const Column& column, const std::string& text)
+/// The other reader's text of a number or GUID, printed as this side prints it.
+std::string sameForm(const Column& column, const std::string& text)
 {
+    if (column.type == ColumnType::Guid)
+        return QByteArray::fromHex(QByteArray::fromStdString(text)).toStdString();
     const bool isNumber = column.type == ColumnType::Float || column.type == ColumnType::Double;
     if (!isNumber || text.empty())
         return text;
@@ -132,7 +135,7 @@ Rows exportedRows(const QString& file, const Table& table)
         qsizetype start = 0;
         for (std::size_t i = 0; i < table.columns().size(); ++i) {
             const qsizetype stop = line.indexOf(cellEnd, start);
-            row.push_back(sameNumber(table.columns()[i], line.mid(start, stop < 0 ? -1 : stop - start).toStdString()));
+            row.push_back(sameForm(table.columns()[i], line.mid(start, stop < 0 ? -1 : stop - start).toStdString()));
             start = stop + cellEnd.size();
         }
         at = end + rowEnd.size();
@@ -286,7 +289,7 @@ Value ValueMaker::value(const Column& declared)
     case ColumnType::Binary: {
         Bytes bytes(below(static_cast<std::size_t>(declared.length)));
         for (std::uint8_t& byte : bytes)
-            byte = static_cast<std::uint8_t>(below(256));
+            byte = static_cast<std::uint8_t>(1 + below(255)); // The other reader ends at a zero.
         return bytes;
     }
     case ColumnType::Ole:

@@ -33,7 +33,7 @@ void TestStorageKeys::textKeys_data()
     QTest::newRow("sharp s") << QByteArray("Straße") << QByteArray("6B6D694A6B6B510100");
     QTest::newRow("empty") << QByteArray("") << QByteArray("0100");
     QTest::newRow("trailing blanks") << QByteArray("abc   ") << QByteArray("4A4C4D0100");
-    QTest::newRow("positions count weights") << QByteArray("Aß-B") << QByteArray("4A6B6B4C010101018013068200");
+    QTest::newRow("places count characters") << QByteArray("Aß-B") << QByteArray("4A6B6B4C01010101800F068200");
     QTest::newRow("control characters") << QByteArray("\t\r") << QByteArray("080308070100");
     QTest::newRow("digits and signs") << QByteArray("1.234,50") << QByteArray("381C3A3C3E1A40360100");
     QTest::newRow("euro") << QByteArray("€") << QByteArray("35A10100");

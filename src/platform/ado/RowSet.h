@@ -46,6 +46,8 @@ public:
     void replaceRow(qsizetype row, const std::vector<vb::Variant>& values);
     /// Address of the row just completed, where the back end has one; Session::updateRow gets it back.
     void appendRowKey(quint64 key) { m_rowKeys.push_back(key); }
+    /// False where a row is no single row of a table: a total, or a SELECT without table.
+    [[nodiscard]] bool hasRowKey(qsizetype row) const { return static_cast<std::size_t>(row) < m_rowKeys.size(); }
     [[nodiscard]] quint64 rowKey(qsizetype row) const { return m_rowKeys.at(static_cast<std::size_t>(row)); }
 
 private:

@@ -14,7 +14,7 @@ namespace platform {
 
 namespace {
 
-constexpr int fontPoints = 10;
+constexpr int fontPoints = 9;
 
 QPalette calmPalette()
 {

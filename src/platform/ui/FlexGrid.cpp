@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPointer>
+#include <QProgressBar>
 #include <QScrollBar>
 #include <QStringList>
 
@@ -258,7 +259,28 @@ void FlexGrid::setRedraw(bool on)
 {
     m_model->holdBack(!on);
     viewport()->setUpdatesEnabled(on);
+    m_heldBack.start();
+    if (on && m_progress)
+        m_progress->hide();
     afterChange();
+}
+
+void FlexGrid::setProgress(qsizetype done, qsizetype total)
+{
+    constexpr int patience = 500; // Milliseconds; a shorter fill shows nothing.
+    constexpr int steps = 100;
+    if (Redraw() || total <= 0 || m_heldBack.elapsed() < patience)
+        return;
+    if (!m_progress) {
+        m_progress = new QProgressBar(this);
+        m_progress->setRange(0, steps);
+        m_progress->setAccessibleName(QStringLiteral("Andamento"));
+    }
+    const QRect area = viewport()->geometry();
+    const QSize size(area.width() / 2, m_progress->sizeHint().height());
+    m_progress->setGeometry(QRect(area.center() - QPoint(size.width() / 2, size.height() / 2), size));
+    m_progress->setValue(static_cast<int>(steps * done / total));
+    m_progress->show();
 }
 
 QString FlexGrid::copyText() const

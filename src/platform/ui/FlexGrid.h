@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTableView>
 
 #include <memory>
+
+class QProgressBar;
 
 namespace platform {
 
@@ -60,6 +63,8 @@ public:
     /// Off while many rows are added; on shows them all at once.
     [[nodiscard]] bool Redraw() const;
     void setRedraw(bool on);
+    /// How far a fill has come. A bar over the grid shows it once the grid has been held back for half a second.
+    void setProgress(qsizetype done, qsizetype total);
 
     /// The marked rows (background 65535 in column 0), or else the current one, as tab-separated lines of the columns
     /// that show.
@@ -91,6 +96,8 @@ private:
 
     std::unique_ptr<FlexGridModel> m_model;
     std::unique_ptr<FlexGridWidths> m_widths;
+    QProgressBar* m_progress = nullptr; ///< Made when it is first needed.
+    QElapsedTimer m_heldBack;
     bool m_pressedOnRow = false;
     bool m_pressedOnHeader = false;
 };

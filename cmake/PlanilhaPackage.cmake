@@ -2,8 +2,7 @@
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # installing needs the two programs, not tests and benchmarks
 set(package planilha-de-bombas)
 
-configure_file(packaging/${package}.in packaging/${package} @ONLY)
-install(PROGRAMS ${CMAKE_CURRENT_BINARY_DIR}/packaging/${package} DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(PROGRAMS packaging/${package} DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/${package}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES packaging/planilha.svg RENAME ${package}.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)

@@ -106,6 +106,9 @@ void frmControlEstoqueParal::format_flex()
     m_ui->flex->clearRows();
     m_ui->flex->setCols(ColumnCount);
     m_ui->flex->FormatString(QStringLiteral("|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"));
+    constexpr int widths[ColumnCount] = {700, 850, 850, 2700, 1200, 1200, 1200, 2400};
+    for (int column = 0; column < ColumnCount; ++column)
+        m_ui->flex->setColWidth(column, widths[column]);
     for (const Column number : {Credit, Debit})
         m_ui->flex->setColAlignment(number, Qt::AlignRight);
     for (const Column text : {Description, InvoiceNumber, Supplier})

@@ -98,6 +98,9 @@ void frmprincipal::connectControls()
         if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
             event->accept();
             m_ui->Text2->setFocus();
+        } else if (event->key() == Qt::Key_Space) {
+            event->accept();
+            Module1::marca_linha(*m_ui->FlexD);
         }
     });
     connect(m_ui->FlexD->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &frmprincipal::mostra_item);

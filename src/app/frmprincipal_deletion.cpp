@@ -29,6 +29,11 @@ QString logLine(const QString& description, const QString& date, const vb::Varia
 
 void frmprincipal::flex2Key(QKeyEvent& event)
 {
+    if (event.key() == Qt::Key_Space) {
+        event.accept();
+        flex2Click(); // Marks the row, as a click does.
+        return;
+    }
     if (event.key() != Qt::Key_Delete || m_ui->flex2->Rows() < 2)
         return;
     event.accept();

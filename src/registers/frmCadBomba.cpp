@@ -183,7 +183,7 @@ void frmCadBomba::grava()
     if (answer == platform::MsgBoxResult::Yes)
         m_services.DataConnection.Execute(QStringLiteral("Update Leitura set tanq = '") + tank +
                                           QStringLiteral("' where cdgbomba = ") + number);
-    m_ui->tx_2->setFocus();
+    m_ui->tx_2->setFocus(Qt::TabFocusReason); // selected: the next number replaces it
 }
 
 /// Makes room for a pump whose number exists already. False when the operator does not want that.

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QScreen>
+#include <QThread>
 #include <QTimer>
 
 namespace Module1 {
@@ -18,6 +19,7 @@ namespace {
 constexpr int SeparatorLength = 112;
 constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
+constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
 
 class SelectOnFocus : public QObject
 {
@@ -116,6 +118,7 @@ void fecha_deslizando(QWidget& window, platform::EventPump& events)
     while (alive && window.isVisible() && window.x() <= edge) {
         const QPoint before = window.pos();
         window.move(before + QPoint(step, step));
+        QThread::msleep(SlideStepMilliseconds);
         events.DoEvents();
         if (alive && window.pos() == before)
             break;

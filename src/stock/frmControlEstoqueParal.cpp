@@ -17,6 +17,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 
+#include <array>
+
 namespace {
 
 enum Column { Key, ProductNumber, Date, Description, Credit, Debit, InvoiceNumber, Supplier, ColumnCount };
@@ -106,6 +108,9 @@ void frmControlEstoqueParal::format_flex()
     m_ui->flex->clearRows();
     m_ui->flex->setCols(ColumnCount);
     m_ui->flex->FormatString(QStringLiteral("|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"));
+    constexpr int widths[ColumnCount] = {700, 850, 850, 2700, 1200, 1200, 1200, 2400};
+    for (int column = 0; column < ColumnCount; ++column)
+        m_ui->flex->setColWidth(column, widths[column]);
     for (const Column number : {Credit, Debit})
         m_ui->flex->setColAlignment(number, Qt::AlignRight);
     for (const Column text : {Description, InvoiceNumber, Supplier})
@@ -154,20 +159,25 @@ void frmControlEstoqueParal::carrega_flex()
                   m_services.dialect.dateLiteral(m_first) + QStringLiteral(" and DataOP <= ") +
                   m_services.dialect.dateLiteral(m_last) + QStringLiteral("  order by DataOP;"),
               m_services.DataConnection);
+    constexpr const char16_t* Names[] = {u"CodigoI", u"CodProd", u"DataOP",     u"descritivo",
+                                         u"cred",    u"deb",     u"NumeroNota", u"fornecedor"};
+    std::array<int, ColumnCount> fields{};
+    for (std::size_t column = 0; column < fields.size(); ++column)
+        fields[column] = rows.fieldIndex(Names[column]);
     vb::Currency credits;
     vb::Currency debits;
     Module1::Fill fill(*m_ui->flex, m_services.events);
     for (; !rows.Eof(); rows.MoveNext()) {
-        const vb::Variant credit = rows.Fields(u"cred");
-        const vb::Variant debit = rows.Fields(u"deb");
-        const QStringList cells{rows.Fields(u"CodigoI").textOrEmpty(),
-                                rows.Fields(u"CodProd").textOrEmpty(),
-                                vb::Format(rows.Fields(u"DataOP"), u"dd/mm/yy"),
-                                rows.Fields(u"descritivo").textOrEmpty(),
+        const vb::Variant credit = rows.Fields(fields[Credit]);
+        const vb::Variant debit = rows.Fields(fields[Debit]);
+        const QStringList cells{rows.Fields(fields[Key]).textOrEmpty(),
+                                rows.Fields(fields[ProductNumber]).textOrEmpty(),
+                                vb::Format(rows.Fields(fields[Date]), u"dd/mm/yy"),
+                                rows.Fields(fields[Description]).textOrEmpty(),
                                 formatted(credit),
                                 formatted(debit),
-                                rows.Fields(u"NumeroNota").textOrEmpty(),
-                                rows.Fields(u"fornecedor").textOrEmpty()};
+                                rows.Fields(fields[InvoiceNumber]).textOrEmpty(),
+                                rows.Fields(fields[Supplier]).textOrEmpty()};
         m_ui->flex->AddItem(cells.join(u'\t'));
         Module1::pinta_celula(*m_ui->flex, Credit, PaleGreen);
         Module1::pinta_celula(*m_ui->flex, Debit, PaleOrange);

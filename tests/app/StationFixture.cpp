@@ -2,22 +2,10 @@
 
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/FlexGrid.h"
-#include "support/MariaDbServer.h"
-
-#include <QFile>
 
 void writeSettings(const QString& folder, const support::BothBackEnds& database)
 {
-    QFile file(folder + QStringLiteral("/ConfigINI.ini"));
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write the settings");
-    if (database.isMySql()) {
-        file.write("[Geral]\r\nTipoConexao_BD=mysql\r\n");
-        support::makeHosts(folder, {{QStringLiteral("X"), support::MariaDbServer::shared().host(), database.database(),
-                                     support::MariaDbServer::user(), support::MariaDbServer::password()}});
-    } else {
-        file.write("[Geral]\r\nTipoConexao_BD=access\r\nCaminho=" + QFile::encodeName(database.database()) + "\r\n");
-    }
+    support::writeSettings(folder, database.isMySql(), database.database());
 }
 
 StationFixture::StationFixture(support::BothBackEnds& anyDatabase)

@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPainter>
+#include <QProgressBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -353,6 +354,23 @@ private Q_SLOTS:
         QVERIFY(cell);
         QCOMPARE(cell->text(QAccessible::Name), QStringLiteral("Gasolina nº 2"));
         QCOMPARE(face->tableInterface()->columnDescription(0), QStringLiteral("Bomba"));
+    }
+
+    /// A short fill shows no bar; a long one shows how far it has come until the grid is shown again.
+    void progress()
+    {
+        FlexGrid grid;
+        grid.show();
+        grid.setRedraw(false);
+        grid.setProgress(1, 10);
+        QVERIFY(!grid.findChild<QProgressBar*>());
+        QTest::qWait(550);
+        grid.setProgress(5, 10);
+        const auto* const bar = grid.findChild<QProgressBar*>();
+        QVERIFY(bar && bar->isVisible());
+        QCOMPARE(bar->value(), 50);
+        grid.setRedraw(true);
+        QVERIFY(!bar->isVisible());
     }
 };
 

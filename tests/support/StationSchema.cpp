@@ -1,5 +1,7 @@
 #include "support/StationSchema.h"
 
+#include "support/MariaDbServer.h"
+
 #include <QFile>
 
 #ifdef TEST_SUPPORT_ACCESS_ENGINE
@@ -39,6 +41,20 @@ void makeStation(BothBackEnds& database)
                        "('Auto Posto Três Ipês Ltda', '000.111.222.333', '00.111.222/0001-33', "
                        "'Avenida das Acácias, 1500', 'Ipê do Sul', '(00) 3000-1234')"),
     });
+}
+
+void writeSettings(const QString& folder, bool isMySql, const QString& database)
+{
+    QFile file(folder + QStringLiteral("/ConfigINI.ini"));
+    if (!file.open(QIODevice::WriteOnly))
+        throw std::runtime_error("cannot write the settings");
+    if (isMySql) {
+        file.write("[Geral]\r\nTipoConexao_BD=mysql\r\n");
+        makeHosts(folder, {{QStringLiteral("X"), MariaDbServer::shared().host(), database, MariaDbServer::user(),
+                            MariaDbServer::password()}});
+    } else {
+        file.write("[Geral]\r\nTipoConexao_BD=access\r\nCaminho=" + QFile::encodeName(database) + "\r\n");
+    }
 }
 
 void makeHosts(const QString& folder, const QList<QStringList>& rows)

@@ -61,6 +61,11 @@ Error dateSyntax(std::string_view expression)
     return {ErrorKind::Syntax, "Syntax error in date in query expression " + quoted(expression) + ".", -3100};
 }
 
+Error trailingCharacters()
+{
+    return {ErrorKind::Syntax, "Characters found after end of SQL statement.", -3516};
+}
+
 Error tooComplex()
 {
     return {ErrorKind::Syntax, "Query is too complex."};

@@ -13,6 +13,7 @@ namespace accessfile::sql {
 [[nodiscard]] Error expressionSyntax(std::string_view expression);
 [[nodiscard]] Error textSyntax(std::string_view expression);
 [[nodiscard]] Error dateSyntax(std::string_view expression);
+[[nodiscard]] Error trailingCharacters();
 [[nodiscard]] Error tooComplex();
 [[nodiscard]] Error notServed(std::string_view what);
 [[nodiscard]] Error missingTable(std::string_view name);

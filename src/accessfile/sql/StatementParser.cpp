@@ -85,10 +85,13 @@ std::string Parser::optionalAlias()
 
 void Parser::expectEnd()
 {
-    while (acceptSymbol(";")) {
-    }
+    bool ended = false;
+    while (acceptSymbol(";"))
+        ended = true;
     if (m_token.type == Token::Type::End)
         return;
+    if (ended)
+        throw trailingCharacters();
     if (m_clause != 0)
         failExpression();
     throw syntaxError(m_construct);

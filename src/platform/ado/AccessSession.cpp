@@ -232,6 +232,8 @@ public:
     void updateRow(const QString& select, const RowSet& rows, qsizetype row,
                    const std::vector<FieldValue>& changes) override
     {
+        if (!rows.hasRowKey(row))
+            throw Error(3251, QStringLiteral("O comando não lê uma tabela que possa ser alterada."), select);
         const quint64 key = rows.rowKey(row);
         const RowId address{static_cast<std::uint32_t>(key >> 8U), static_cast<std::uint8_t>(key & 0xFFU)};
         guarded(select, [&] {

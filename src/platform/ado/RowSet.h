@@ -30,6 +30,8 @@ public:
     [[nodiscard]] int fieldIndex(QStringView name) const;
     [[nodiscard]] qsizetype rowCount() const;
     [[nodiscard]] vb::Variant value(qsizetype row, int field) const;
+    /// UTF-8 of a text cell, valid while the rows live; a null view for Null and for other types.
+    [[nodiscard]] QByteArrayView textBytes(qsizetype row, int field) const;
 
     // Providers append cells left to right, row by row.
     /// Room for that many rows in all; once some rows are there, room for their bytes too, by the average so far.
@@ -46,6 +48,8 @@ public:
     void replaceRow(qsizetype row, const std::vector<vb::Variant>& values);
     /// Address of the row just completed, where the back end has one; Session::updateRow gets it back.
     void appendRowKey(quint64 key) { m_rowKeys.push_back(key); }
+    /// False where a row is no single row of a table: a total, or a SELECT without table.
+    [[nodiscard]] bool hasRowKey(qsizetype row) const { return static_cast<std::size_t>(row) < m_rowKeys.size(); }
     [[nodiscard]] quint64 rowKey(qsizetype row) const { return m_rowKeys.at(static_cast<std::size_t>(row)); }
 
 private:

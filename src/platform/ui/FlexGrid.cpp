@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPointer>
+#include <QProgressBar>
 #include <QScrollBar>
 #include <QStringList>
 
@@ -162,7 +163,12 @@ void FlexGrid::setTextMatrix(int row, int column, const QString& text)
 
 void FlexGrid::AddItem(const QString& tabSeparatedCells)
 {
-    m_model->addRow(tabSeparatedCells);
+    AddItem(QByteArrayView(tabSeparatedCells.toUtf8()));
+}
+
+void FlexGrid::AddItem(QByteArrayView tabSeparatedUtf8)
+{
+    m_model->addRow(tabSeparatedUtf8);
     m_widths->note(m_model->rowText(m_model->rows() - 1));
     afterChange();
 }
@@ -258,7 +264,31 @@ void FlexGrid::setRedraw(bool on)
 {
     m_model->holdBack(!on);
     viewport()->setUpdatesEnabled(on);
+    m_heldBack.start();
+    if (on && m_progress)
+        m_progress->hide();
     afterChange();
+}
+
+void FlexGrid::setProgress(qsizetype done, qsizetype total)
+{
+    constexpr int patience = 500; // Milliseconds; a shorter fill shows nothing.
+    constexpr int steps = 100;
+    if (Redraw() || total <= 0 || m_heldBack.elapsed() < patience)
+        return;
+    if (!m_progress) {
+        m_progress = new QProgressBar(this);
+        m_progress->setRange(0, steps);
+        m_progress->setAccessibleName(QStringLiteral("Andamento"));
+    }
+    const int step = static_cast<int>(steps * done / total);
+    if (m_progress->isVisible() && m_progress->value() == step)
+        return; // Asked for every row.
+    const QRect area = viewport()->geometry();
+    const QSize size(area.width() / 2, m_progress->sizeHint().height());
+    m_progress->setGeometry(QRect(area.center() - QPoint(size.width() / 2, size.height() / 2), size));
+    m_progress->setValue(step);
+    m_progress->show();
 }
 
 QString FlexGrid::copyText() const

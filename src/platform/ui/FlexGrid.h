@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTableView>
 
 #include <memory>
+
+class QProgressBar;
 
 namespace platform {
 
@@ -41,6 +44,7 @@ public:
     void setTextMatrix(int row, int column, const QString& text);
     /// Appends a row of tab-separated cells; missing cells are empty, surplus ones dropped.
     void AddItem(const QString& tabSeparatedCells);
+    void AddItem(QByteArrayView tabSeparatedUtf8);
     void RemoveItem(int row);
     /// Only the header stays; Cols, titles and widths are kept.
     void clearRows();
@@ -60,6 +64,8 @@ public:
     /// Off while many rows are added; on shows them all at once.
     [[nodiscard]] bool Redraw() const;
     void setRedraw(bool on);
+    /// How far a fill has come. A bar over the grid shows it once the grid has been held back for half a second.
+    void setProgress(qsizetype done, qsizetype total);
 
     /// The marked rows (background 65535 in column 0), or else the current one, as tab-separated lines of the columns
     /// that show.
@@ -91,6 +97,8 @@ private:
 
     std::unique_ptr<FlexGridModel> m_model;
     std::unique_ptr<FlexGridWidths> m_widths;
+    QProgressBar* m_progress = nullptr; ///< Made when it is first needed.
+    QElapsedTimer m_heldBack;
     bool m_pressedOnRow = false;
     bool m_pressedOnHeader = false;
 };

@@ -4,13 +4,30 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 
 namespace platform {
 
+namespace {
+
+/// Gives the entries as much room as the rows of a grid have.
+class EntryDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return {QStyledItemDelegate::sizeHint(option, index).width(), option.fontMetrics.height() + 4};
+    }
+};
+
+} // namespace
+
 ListBox::ListBox(QWidget* parent)
     : QListWidget(parent)
 {
+    setItemDelegate(new EntryDelegate(this));
     setUniformItemSizes(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setTabKeyNavigation(false);

@@ -1,0 +1,147 @@
+#include "station/Desk.h"
+
+#include "app/ModConec.h"
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/FlexGrid.h"
+#include "station/Measure.h"
+
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QSignalBlocker>
+
+namespace bench {
+
+namespace {
+
+/// Types the password when its window comes up, and tells when the main window has been painted.
+class Operator : public QObject
+{
+public:
+    Operator() { m_clock.start(); }
+    [[nodiscard]] double milliseconds() const { return m_milliseconds; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show && watched->objectName() == u"frmsenha") {
+            QMetaObject::invokeMethod(
+                watched,
+                [watched] {
+                    auto& box = *watched->findChild<QLineEdit*>(QStringLiteral("Text1"));
+                    box.setText(QStringLiteral("1234"));
+                    press(box, Qt::Key_Return, QStringLiteral("\r"));
+                },
+                Qt::QueuedConnection);
+        } else if (event->type() == QEvent::Show && watched->objectName() == u"frmprincipal") {
+            auto* const window = static_cast<QWidget*>(watched);
+            const auto painted = [this, window] {
+                window->repaint();
+                m_milliseconds = static_cast<double>(m_clock.nsecsElapsed()) / 1e6;
+                window->close();
+            };
+            QMetaObject::invokeMethod(window, painted, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+private:
+    QElapsedTimer m_clock;
+    double m_milliseconds = 0;
+};
+
+} // namespace
+
+platform::MsgBoxResult Agreeing::MsgBox(const QString& prompt, int style, const QString& title)
+{
+    Q_UNUSED(prompt);
+    Q_UNUSED(title);
+    ++shown;
+    return (style & 15) == platform::vbYesNo ? platform::MsgBoxResult::Yes : platform::MsgBoxResult::Ok;
+}
+
+void press(QWidget& widget, int key, const QString& text)
+{
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(&widget, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(&widget, &up);
+}
+
+void settle()
+{
+    QCoreApplication::processEvents();
+}
+
+void settleUntil(const std::function<bool()>& done)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!done()) {
+        QCoreApplication::processEvents();
+        if (waited.elapsed() > 60'000)
+            qFatal("nothing happens");
+    }
+    settle();
+}
+
+double startUp(const BenchStation& station)
+{
+    support::TestClock clock{QDateTime(BenchStation::today(), QTime(8, 30))};
+    Agreeing messages;
+    platform::ApplicationEvents events;
+    support::TestChooser chooser;
+    support::TestDefaultPrinter defaultPrinter;
+    support::TestSpooler spooler;
+    Operator person;
+    qApp->installEventFilter(&person);
+    const int result = ModConec::Main({station.folder(), messages, clock, events, {chooser, defaultPrinter, spooler}});
+    qApp->removeEventFilter(&person);
+    if (result != 0 || messages.shown != 0 || person.milliseconds() <= 0)
+        qFatal("the program does not start");
+    return person.milliseconds();
+}
+
+Desk::Desk(const BenchStation& station)
+    : m_gate([this] { m_gate.denied = false; })
+    , m_emitente{QStringLiteral("Auto Posto Três Ipês Ltda"), QStringLiteral("000"), QStringLiteral("111"),
+                 QStringLiteral("Avenida das Acácias, 1500")}
+{
+    database.emplace(station.folder());
+    database->open(messages);
+    services.emplace(Services{database->DataConnection(), database->dialect(), messages, clock, events});
+    chooser.answer.fileName = paper();
+    m_window.emplace(*services, *database, m_gate, m_emitente, platform::Printers{chooser, defaultPrinter, spooler});
+    m_window->carrega();
+    m_window->show();
+    m_window->activateWindow();
+    settle();
+}
+
+platform::FlexGrid& Desk::grid(const char* name) const
+{
+    return child<platform::FlexGrid>(name);
+}
+
+void Desk::setPeriod(QDate first, QDate last) const
+{
+    const auto set = [this](const char* name, QDate day) {
+        auto& picker = child<platform::DatePicker>(name);
+        const QSignalBlocker quiet(picker);
+        picker.setValue(day);
+    };
+    set("dtpI_0", first);
+    set("dtpI_1", last);
+}
+
+void Desk::setSheetDate(QDate day) const
+{
+    auto& picker = child<platform::DatePicker>("DTP");
+    const QSignalBlocker quiet(picker);
+    picker.setValue(day);
+}
+
+reports::ReportServices Desk::reportServices()
+{
+    return {m_emitente, clock, events, {chooser, defaultPrinter, spooler}};
+}
+
+} // namespace bench

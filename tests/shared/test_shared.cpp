@@ -1,0 +1,235 @@
+// Procedures that several windows use: key filter, list entries, totals, marks, and the stock statements.
+
+#include "data/Dialect.h"
+#include "platform/ui/Application.h"
+#include "platform/ui/FlexGrid.h"
+#include "platform/vb/Error.h"
+#include "shared/Emitente.h"
+#include "shared/ListEntry.h"
+#include "shared/Module1.h"
+#include "shared/Services.h"
+#include "shared/StationWindow.h"
+#include "shared/StockHelpers.h"
+#include "shared/SupervisorGate.h"
+#include "support/Doubles.h"
+#include "support/StatementTrace.h"
+#include "support/StationSchema.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPointer>
+#include <QTest>
+
+using Rows = QList<QStringList>;
+
+namespace {
+
+struct Station
+{
+    explicit Station(support::BothBackEnds& database)
+        : dialect(database.isMySql() ? QStringLiteral("mysql") : QString())
+        , services{database.connection(), dialect, messages, clock, pump}
+    {
+        support::makeStation(database);
+    }
+
+    data::Dialect dialect;
+    support::TestMessages messages;
+    support::TestClock clock{QDateTime(QDate(2024, 3, 5), QTime(9, 7, 8))};
+    support::TestPump pump;
+    Services services;
+};
+
+/// A window whose handler lets events run.
+class SomeWindow : public StationWindow
+{
+public:
+    using StationWindow::StationWindow;
+    void run(const std::function<void()>& work) { handle(work); }
+};
+
+} // namespace
+
+class TestShared : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void filtra_numero_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QChar>("key");
+        QTest::addColumn<QChar>("passed");
+        QTest::addColumn<QString>("left");
+        const auto add = [](const char* name, const char* text, char16_t key, char16_t passed, const char* left) {
+            QTest::newRow(name) << QString::fromLatin1(text) << QChar(key) << QChar(passed)
+                                << QString::fromLatin1(left);
+        };
+        add("digit", "1", u'9', u'9', "1");
+        add("letter", "1", u'a', u'\0', "1");
+        add("point becomes comma", "1", u'.', u',', "1");
+        add("second comma", "1,2", u',', u',', "1,2");
+        add("leading comma", "", u',', u',', "");
+        add("minus goes in front", "150,00", u'-', u'\0', "-150,00");
+        add("second minus", "-150,00", u'-', u'\0', "-150,00");
+        add("minus in an empty box", "", u'-', u'\0', "");
+        add("backspace", "1", 8, 8, "1");
+        add("enter", "1", 13, 13, "1");
+        add("blank", "1", u' ', u'\0', "1");
+    }
+    void filtra_numero()
+    {
+        QFETCH(QString, text);
+        QFETCH(QChar, key);
+        QFETCH(QChar, passed);
+        QLineEdit box(text);
+        QCOMPARE(Module1::filtra_numero(box, key.unicode()), passed.unicode());
+        QTEST(box.text(), "left");
+    }
+
+    void listEntries()
+    {
+        const QString entry = Module1::listEntry(7, QStringLiteral("Óleo - 1 L"));
+        QCOMPARE(entry, QStringLiteral("00007 - Óleo - 1 L"));
+        QCOMPARE(Module1::entryCode(entry), QStringLiteral("00007"));
+        QCOMPARE(Module1::entryDescription(entry), QStringLiteral("Óleo - 1 L"));
+        QCOMPARE(Module1::entryDescription(QStringLiteral("0000")), QString());
+    }
+
+    void gridHelpers()
+    {
+        platform::FlexGrid grid;
+        Module1::formata_flexG(grid);
+        QCOMPARE(grid.Rows(), 1);
+        QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency());
+        grid.AddItem(QStringLiteral("\t\t\t\t\t\t1.234,50"));
+        grid.AddItem(QStringLiteral("\t\t\t\t\t\t"));
+        grid.AddItem(QStringLiteral("\t\t\t\t\t\t-0,25"));
+        QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency::fromScaled(12'342'500));
+
+        grid.setRow(2);
+        Module1::marca_linha(grid);
+        QCOMPARE(grid.CellBackColor(2, 0), Module1::MarkColour);
+        QCOMPARE(grid.CellBackColor(2, 8), Module1::MarkColour);
+        QCOMPARE(grid.CellBackColor(1, 0), 0U);
+        Module1::marca_linha(grid);
+        QCOMPARE(grid.CellBackColor(2, 0), 0U);
+
+        QCOMPARE(Module1::linha_traco(), QString(112, u'-'));
+        QCOMPARE(Module1::linha_asterisco(), QString(112, u'*'));
+        // Hour, minute and the minute again.
+        QCOMPARE(Module1::numero_planilha(QDateTime(QDate(2024, 3, 5), QTime(9, 7, 58))),
+                 QStringLiteral("Nº 050324-090707"));
+    }
+
+    void stockHelpers_data() { support::BothBackEnds::addRows(); }
+    void stockHelpers()
+    {
+        FRESH_DATABASE(database);
+        Station station(database);
+        ado::Connection& connection = database.connection();
+        database.script({
+            QStringLiteral(
+                "Insert into PlanilhaPosto (numeroDispositivo, Descritivo, ProdVinculado) values (7, 'G', 101)"),
+            QStringLiteral("Insert into PlanilhaPosto (numeroDispositivo) values (8)"),
+            QStringLiteral("Insert into CadProdComb (Descritivo, valor, codigoEstoque) values ('G', 5.499, 101)"),
+            QStringLiteral("Insert into CadProdComb (Descritivo, codigoEstoque) values ('H', 102)"),
+        });
+        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("007")).text(), QStringLiteral("101"));
+        QVERIFY(Module1::prod_vinculado(connection, QStringLiteral("8")).isNull());
+        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("9")).text(), QStringLiteral("0"));
+        QVERIFY_THROWS_EXCEPTION(vb::Error, static_cast<void>(Module1::prod_vinculado(connection, QString())));
+        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("101")).text(), QStringLiteral("5,499"));
+        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("102")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("103")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("7")), QStringLiteral("G"));
+        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("9")), QString());
+
+        const auto write = [&](const char* kind, const char* quantity) {
+            Module1::lanca_controle(station.services, QStringLiteral("21"), QStringLiteral("D'água"),
+                                    QString::fromLatin1(quantity), QStringLiteral("0503"), QString::fromLatin1(kind));
+        };
+        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
+        write("deb", "1.002,5");
+        write("cred", "3");
+        write("deb", "0,25");
+        const support::StatementTrace trace;
+        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("1002,75"));
+        QCOMPARE(trace.lines(),
+                 QStringList(
+                     QStringLiteral("open Select sum(deb) from ControleProdComb where codProd = 21 and dataOP = ") +
+                     (database.isMySql() ? QStringLiteral(" ' 2024/03/05 ' ") : QStringLiteral(" # 03/05/2024 # "))));
+        station.clock.set(QDateTime(QDate(2024, 3, 6), QTime(0, 0)));
+        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
+        Rows ledger =
+            database.table(QStringLiteral("ControleProdComb"),
+                           {QStringLiteral("DataOP"), QStringLiteral("descritivo"), QStringLiteral("fornecedor"),
+                            QStringLiteral("NumeroNota"), QStringLiteral("cred"), QStringLiteral("deb")});
+        for (QStringList& row : ledger)
+            row[0] = row[0].left(10);
+        const auto row = [](const char* cells) { return QString::fromUtf8(cells).split(u'|'); };
+        QCOMPARE(ledger, (Rows{row("2024-03-05|D'água|OperEmpresa|0503|0|1002.5"),
+                               row("2024-03-05|D'água|OperEmpresa|0503|3|0"),
+                               row("2024-03-05|D'água|OperEmpresa|0503|0|0.25")}));
+    }
+
+    void emitente_data() { support::BothBackEnds::addRows(); }
+    void emitente()
+    {
+        FRESH_DATABASE(database);
+        Emitente nothing = Module1::carrega_emitente(database.connection()); // No table: no error, no texts.
+        QCOMPARE(nothing.RazaoSocial + nothing.endereco, QString());
+        support::makeStation(database);
+        database.script({QStringLiteral("update DatEmit set IE = null")});
+        const Emitente read = Module1::carrega_emitente(database.connection());
+        QCOMPARE(read.RazaoSocial, QStringLiteral("Auto Posto Três Ipês Ltda"));
+        QCOMPARE(read.IE, QString());
+        QCOMPARE(read.CNPJ, QStringLiteral("00.111.222/0001-33"));
+        QCOMPARE(read.endereco, QStringLiteral("Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"));
+    }
+
+    void gateAlwaysStartsDenied()
+    {
+        SupervisorGate gate;
+        bool knows = true;
+        gate.setPrompt([&] {
+            if (knows)
+                gate.denied = false;
+        });
+        QVERIFY(!gate.RequireSupervisor());
+        knows = false;
+        QVERIFY(gate.RequireSupervisor());
+    }
+
+    /// A window that is closed while its handler lets events run lives until the handler has returned.
+    void windowClosedInItsHandler()
+    {
+        data::Dialect dialect;
+        ado::Connection closed;
+        support::TestMessages messages;
+        support::TestClock clock{QDateTime(QDate(2024, 3, 5), QTime(9, 7, 8))};
+        support::TestPump pump;
+        const Services services{closed, dialect, messages, clock, pump};
+        QPointer<SomeWindow> window = new SomeWindow(services, nullptr);
+        window->deleteWhenClosed();
+        window->show();
+        window->run([&] {
+            window->close();
+            for (int round = 0; round < 3; ++round)
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QVERIFY(window);
+        });
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!window);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    platform::prepareApplication(application);
+    TestShared test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_shared.moc"

@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034,SC2154 # the names are those of the scripts that read this
 # Sourced by run and check: what they need on a Debian 12 machine, and how it gets there.
 
 packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev libcups2-dev"

@@ -59,6 +59,14 @@ QMessageBox* messageBox()
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
 }
 
+/// Where a place of a widget is on the screen, unless another window lies over it.
+std::optional<QPoint> onScreen(const QWidget& widget, QPoint place)
+{
+    const QPoint global = widget.mapToGlobal(place);
+    const QWidget* const top = QApplication::widgetAt(global);
+    return top && top->window() == widget.window() ? std::optional(global) : std::nullopt;
+}
+
 QString plain(QString text)
 {
     return text.remove(u'&');
@@ -161,7 +169,7 @@ QPoint Operator::middle(const QString& window, const QString& control)
         const QWidget* const widget = find(window, control);
         if (!widget || !widget->isVisible() || !widget->isEnabled())
             return {};
-        return widget->mapToGlobal(widget->rect().center());
+        return onScreen(*widget, widget->rect().center());
     });
 }
 
@@ -186,7 +194,7 @@ void Operator::clickRow(const QString& window, const QString& control, int row, 
         if (!index.isValid())
             return {};
         view->scrollTo(index);
-        return view->viewport()->mapToGlobal(view->visualRect(index).center());
+        return onScreen(*view->viewport(), view->visualRect(index).center());
     };
     const QPoint at = steady(QStringLiteral("row %1 of %2 in %3").arg(row).arg(control, window), place);
     clickAt(at, 1, twice ? 2 : 1);
@@ -238,7 +246,7 @@ void Operator::date(const QString& window, const QString& picker, QDate date)
         const QWidget* const widget = find(window, picker);
         if (!widget || !widget->isVisible())
             return {};
-        return widget->mapToGlobal(QPoint(12, widget->height() / 2));
+        return onScreen(*widget, QPoint(12, widget->height() / 2));
     };
     clickAt(steady(picker, theDay));
     type(date.toString(QStringLiteral("ddMMyyyy")));
@@ -283,7 +291,7 @@ void Operator::message(const QString& text, const QString& button, const QString
     const auto theButton = [&]() -> std::optional<QPoint> {
         for (const QAbstractButton* const candidate : messageBox()->buttons()) {
             if (plain(candidate->text()) == button)
-                return candidate->mapToGlobal(candidate->rect().center());
+                return onScreen(*candidate, candidate->rect().center());
         }
         return {};
     };

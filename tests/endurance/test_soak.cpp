@@ -282,6 +282,7 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     platform::prepareApplication(application);
     QApplication::setQuitOnLastWindowClosed(false);
+    qputenv("QTEST_FUNCTION_TIMEOUT", "7200000"); // A long run is no hang.
     TestSoak test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -229,6 +229,10 @@ private Q_SLOTS:
         pumps.station.script({u"DELETE FROM PlanilhaPosto WHERE numeroDispositivo = 3"_s});
         clickEntry(pumps.list, 0);
         QCOMPARE(pumps.tx(2).text(), u"150"_s);
+        // A product found by typing its code copies its description too.
+        pumps.product.setFocus(Qt::MouseFocusReason);
+        type(u"00007"_s);
+        QCOMPARE(pumps.tx(0).text(), u"Gasolina comum"_s);
     }
 
     void deleting_data()

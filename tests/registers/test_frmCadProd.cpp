@@ -215,6 +215,21 @@ private Q_SLOTS:
         QCOMPARE(products.station.statements(), QStringList());
     }
 
+    void longDescription_data() { BothBackEnds::addRows(); }
+    void longDescription()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        const QString description = u"ação"_s.repeated(63) + u"çãé"_s; // 255 characters
+        products.station.script({u"UPDATE Estoque SET Discriminacao = '"_s + description + u"' WHERE codigo = 7"_s});
+        click(products.window, "Command1");
+        products.pick(0);
+        click(products.window, "Buttom_Mega1");
+        QCOMPARE(products.products().last(), description + u"|7|5.499|7"_s);
+        clickEntry(products.list, 0);
+        QVERIFY(products.shown().startsWith(description));
+    }
+
     void deleting_data() { BothBackEnds::addRows(); }
     void deleting()
     {

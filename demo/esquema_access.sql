@@ -6,6 +6,7 @@ CREATE TABLE ExcluidosLeituraBomba (produto TEXT(255), DataE DATETIME, leitura T
 CREATE TABLE CadProdComb (codigoI COUNTER PRIMARY KEY, Descritivo TEXT(255), codprod LONG, valor DOUBLE, codigoEstoque DOUBLE);
 CREATE TABLE ControleProdComb (codigoI COUNTER PRIMARY KEY, CodProd LONG, DataOP DATETIME, descritivo TEXT(255), fornecedor TEXT(255), NumeroNota TEXT(50), cred DOUBLE, deb DOUBLE);
 CREATE INDEX ControleProduto ON ControleProdComb (CodProd);
+CREATE INDEX ControleData ON ControleProdComb (DataOP);
 CREATE TABLE Estoque (codigo LONG PRIMARY KEY, Discriminacao TEXT(255), quantidade CURRENCY, valorvenda CURRENCY);
 CREATE TABLE EstoqueDiversos (codigo LONG, discriminacao TEXT(255), quantidade TEXT(50));
 CREATE TABLE Fornece (razao TEXT(255));

@@ -7,6 +7,7 @@ CREATE TABLE ExcluidosLeituraBomba (produto VARCHAR(255), DataE VARCHAR(10), lei
 CREATE TABLE CadProdComb (codigoI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, Descritivo VARCHAR(255), codprod INT, valor DOUBLE, codigoEstoque DOUBLE);
 CREATE TABLE ControleProdComb (codigoI INT NOT NULL AUTO_INCREMENT PRIMARY KEY, CodProd INT, DataOP DATE, descritivo VARCHAR(255), fornecedor VARCHAR(255), NumeroNota VARCHAR(50), cred DOUBLE, deb DOUBLE);
 CREATE INDEX ControleProduto ON ControleProdComb (CodProd);
+CREATE INDEX ControleData ON ControleProdComb (DataOP);
 CREATE TABLE Estoque (codigo INT PRIMARY KEY, Discriminacao VARCHAR(255), quantidade DOUBLE, valorvenda DOUBLE);
 CREATE TABLE EstoqueDiversos (codigo INT, discriminacao VARCHAR(255), quantidade VARCHAR(50));
 CREATE TABLE Fornece (razao VARCHAR(255));

@@ -4,6 +4,7 @@ packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev li
 packages_to_run="qt6-qpa-plugins qt6-translations-l10n libqt6svg6 fonts-liberation odbc-mariadb mariadb-server-core
     mariadb-client-core libcups2"
 packages_to_tour="xvfb openbox xdotool"
+packages_to_package="dpkg-dev file"
 packages_to_test="mdbtools poppler-utils cups-daemon cups-client python3 libsqlite3-dev"
 
 # say TEXT...: what is being done, with the seconds since the start.

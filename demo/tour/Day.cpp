@@ -250,6 +250,7 @@ void ledger(Operator& person, const QString& folder)
     person.click(window, QStringLiteral("opt_0"));
     person.fill(window, QStringLiteral("tx_0"), QStringLiteral("5000"));
     person.fill(window, QStringLiteral("tx_1"), QStringLiteral("NF 4711"));
+    person.choose(window, QStringLiteral("Combo1"), QStringLiteral("DISTRIBUIDORA SERRA AZUL DE COMBUSTÍVEIS LTDA"));
     const int before = person.rows(window, grid);
     const qint64 total = hundredths(person.text(window, QStringLiteral("lbt_0")));
     person.click(window, QStringLiteral("BTM"));

@@ -139,16 +139,24 @@ void Operator::clickAt(QPoint position, int button, int times)
              QStringLiteral("60"), QString::number(button)});
 }
 
+QPoint Operator::steady(const QString& what, const std::function<std::optional<QPoint>()>& place)
+{
+    std::optional<QPoint> at;
+    expect(what, [&] {
+        const std::optional<QPoint> before = look(place);
+        QThread::msleep(2 * PollMs);
+        at = look(place);
+        return at && at == before;
+    });
+    return *at;
+}
+
 QPoint Operator::middle(const QString& window, const QString& control)
 {
-    expect(QStringLiteral("%1 in %2 can be used").arg(control, window), [&] {
-        return look([&] {
-            const QWidget* const widget = find(window, control);
-            return widget && widget->isVisible() && widget->isEnabled();
-        });
-    });
-    return look([&] {
+    return steady(QStringLiteral("%1 in %2 can be used").arg(control, window), [&]() -> std::optional<QPoint> {
         const QWidget* const widget = find(window, control);
+        if (!widget || !widget->isVisible() || !widget->isEnabled())
+            return {};
         return widget->mapToGlobal(widget->rect().center());
     });
 }
@@ -165,52 +173,46 @@ void Operator::rightClick(const QString& window, const QString& control)
 
 void Operator::clickRow(const QString& window, const QString& control, int row, bool twice)
 {
-    const QPoint none(-1, -1);
-    QPoint at = none;
-    expect(QStringLiteral("row %1 of %2 in %3").arg(row).arg(control, window), [&] {
-        at = look([&] {
-            auto* const view = findOf<QAbstractItemView>(window, control);
-            if (!view || !view->isVisible())
-                return none;
-            const bool isGrid = qobject_cast<platform::FlexGrid*>(view) != nullptr;
-            const QModelIndex index = view->model()->index(isGrid ? row - 1 : row, isGrid ? 1 : 0);
-            if (!index.isValid())
-                return none;
-            view->scrollTo(index);
-            return view->viewport()->mapToGlobal(view->visualRect(index).center());
-        });
-        return at != none;
-    });
+    const auto place = [&]() -> std::optional<QPoint> {
+        auto* const view = findOf<QAbstractItemView>(window, control);
+        if (!view || !view->isVisible())
+            return {};
+        const bool isGrid = qobject_cast<platform::FlexGrid*>(view) != nullptr;
+        const QModelIndex index = view->model()->index(isGrid ? row - 1 : row, isGrid ? 1 : 0);
+        if (!index.isValid())
+            return {};
+        view->scrollTo(index);
+        return view->viewport()->mapToGlobal(view->visualRect(index).center());
+    };
+    const QPoint at = steady(QStringLiteral("row %1 of %2 in %3").arg(row).arg(control, window), place);
     clickAt(at, 1, twice ? 2 : 1);
 }
 
 void Operator::menu(const QString& windowName, const QString& menuName, const QString& action)
 {
-    const QPoint none(-1, -1);
-    const QPoint inBar = look([&] {
-        const auto* const bar = findOf<QMenuBar>(windowName, menuName);
-        QAction* const entry = bar ? find(windowName)->findChild<QAction*>(action) : nullptr;
-        return entry ? bar->mapToGlobal(bar->actionGeometry(entry).center()) : none;
-    });
-    if (inBar != none) {
-        clickAt(inBar);
+    // Where to click for the entry: in the bar itself or in the open menu; for a closed one, its title in the bar.
+    bool isEntry = false;
+    const auto place = [&]() -> std::optional<QPoint> {
+        const QWidget* const window = find(windowName);
+        const auto* const bar = window ? window->findChild<QMenuBar*>() : nullptr;
+        const auto* const menu = window ? window->findChild<QMenu*>(menuName) : nullptr;
+        isEntry = !menu || menu->isVisible();
+        if (!menu && !bar)
+            return {};
+        if (!isEntry)
+            return bar->mapToGlobal(bar->actionGeometry(menu->menuAction()).center());
+        QAction* const entry = window->findChild<QAction*>(action);
+        if (!entry)
+            return {};
+        return menu ? menu->mapToGlobal(menu->actionGeometry(entry).center())
+                    : bar->mapToGlobal(bar->actionGeometry(entry).center());
+    };
+    clickAt(steady(QStringLiteral("the menu ") + menuName, place));
+    if (isEntry)
         return;
-    }
-    const auto find = [=] { return tour::find(windowName)->findChild<QMenu*>(menuName); };
-    if (!look([&] { return find()->isVisible(); })) {
-        clickAt(look([&] {
-            const auto* const bar = tour::find(windowName)->findChild<QMenuBar*>();
-            return bar->mapToGlobal(bar->actionGeometry(find()->menuAction()).center());
-        }));
-    }
-    expect(QStringLiteral("the menu ") + menuName, [&] { return look([&] { return find()->isVisible(); }); });
-    clickAt(look([&] {
-        for (QAction* const entry : find()->actions()) {
-            if (entry->objectName() == action)
-                return find()->mapToGlobal(find()->actionGeometry(entry).center());
-        }
-        return QPoint();
-    }));
+    expect(QStringLiteral("the open menu ") + menuName,
+           [&] { return look([&] { return find(windowName)->findChild<QMenu*>(menuName)->isVisible(); }); });
+    clickAt(steady(QStringLiteral("the entry ") + action, place));
 }
 
 void Operator::choose(const QString& window, const QString& comboBox, const QString& text)
@@ -228,10 +230,13 @@ void Operator::choose(const QString& window, const QString& comboBox, const QStr
 
 void Operator::date(const QString& window, const QString& picker, QDate date)
 {
-    clickAt(look([&] {
+    const auto theDay = [&]() -> std::optional<QPoint> {
         const QWidget* const widget = find(window, picker);
-        return widget->mapToGlobal(QPoint(12, widget->height() / 2)); // on the day
-    }));
+        if (!widget || !widget->isVisible())
+            return {};
+        return widget->mapToGlobal(QPoint(12, widget->height() / 2));
+    };
+    clickAt(steady(picker, theDay));
     type(date.toString(QStringLiteral("ddMMyyyy")));
     key(QStringLiteral("Tab"));
     expect(QStringLiteral("%1 says %2").arg(picker, date.toString(Qt::ISODate)),
@@ -271,16 +276,14 @@ void Operator::message(const QString& text, const QString& button, const QString
     });
     if (!pictureName.isEmpty())
         picture(pictureName);
-    const QPoint none(-1, -1);
-    const QPoint at = look([&] {
+    const auto theButton = [&]() -> std::optional<QPoint> {
         for (const QAbstractButton* const candidate : messageBox()->buttons()) {
             if (plain(candidate->text()) == button)
                 return candidate->mapToGlobal(candidate->rect().center());
         }
-        return none;
-    });
-    if (at == none)
-        throw Failed(QStringLiteral("the message \"%1\" has no button %2").arg(text, button));
+        return {};
+    };
+    const QPoint at = steady(QStringLiteral("the button ") + button, theButton);
     clickAt(at);
     expect(QStringLiteral("the message has gone"),
            [&] { return look([&] { return !messageBox() || !messageBox()->text().contains(text); }); });

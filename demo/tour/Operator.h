@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 
 class QWidget;
@@ -81,6 +82,8 @@ public:
 private:
     void xdotool(const QStringList& arguments);
     void clickAt(QPoint position, int button = 1, int times = 1);
+    /// A place on the screen that has stopped moving. `place` is asked in the program's thread.
+    [[nodiscard]] QPoint steady(const QString& what, const std::function<std::optional<QPoint>()>& place);
     [[nodiscard]] QPoint middle(const QString& window, const QString& control);
     void write(const QString& line);
 

@@ -101,10 +101,11 @@ TableFile* StorageFile::tableFile(std::string_view name)
         throw Error(ErrorKind::MissingTable,
                     "A tabela '" + entry->name + "' é vinculada a outro arquivo e não pode ser lida aqui.");
     const auto page = static_cast<PageNumber>(entry->id);
-    auto& table = m_tables[page];
-    if (!table)
-        table = std::make_unique<TableFile>(m_context, page, entry->name, propertiesOf(*entry));
-    return table.get();
+    const auto held = m_tables.find(page);
+    if (held != m_tables.end())
+        return held->second.get();
+    auto table = std::make_unique<TableFile>(m_context, page, entry->name, propertiesOf(*entry));
+    return m_tables.emplace(page, std::move(table)).first->second.get();
 }
 
 Table* StorageFile::table(std::string_view name)

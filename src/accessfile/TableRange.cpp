@@ -83,7 +83,8 @@ bool TableFile::usableForRange(int index) const
     switch (column.type) {
     case ColumnType::Ole:
     case ColumnType::BigBinary:
-    case ColumnType::Memo: // Only the head of a memo is in its key.
+    case ColumnType::Memo:   // Only the head of a memo is in its key.
+    case ColumnType::Binary: // The key of no bytes is the beginning of every other key.
         return false;
     case ColumnType::Text:
         return column.generalOrder;

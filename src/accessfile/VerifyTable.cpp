@@ -177,8 +177,9 @@ void TableVerifier::checkRow(PagePointer page, RowId row)
             continue;
         }
         const Value value = decodeCell(column, *stored);
-        if (column.autonumber && !isRandomNumber(m_table.columns()[i]))
-            m_highestNumber = std::max<std::int64_t>(m_highestNumber, std::get<std::int32_t>(value));
+        const auto* number = std::get_if<std::int32_t>(&value);
+        if (number != nullptr && column.autonumber && !isRandomNumber(m_table.columns()[i]))
+            m_highestNumber = std::max<std::int64_t>(m_highestNumber, *number);
     }
     for (std::size_t i = 0; i < m_definition.physical.size(); ++i) {
         if (!m_computable[i])

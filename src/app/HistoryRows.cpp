@@ -1,9 +1,13 @@
 #include "app/HistoryRows.h"
 
 #include "platform/ui/FlexGrid.h"
+#include "platform/vb/Amount.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 #include "shared/Module1.h"
+
+#include <array>
+#include <charconv>
 
 namespace HistoryRows {
 
@@ -15,6 +19,17 @@ constexpr quint32 ValueColour = 8454143;
 double numberOr0(const vb::Variant& value)
 {
     return vb::IsNumeric(value) ? vb::CDbl(value) : 0.0;
+}
+
+void appendPlain(QByteArray& utf8, const vb::Variant& value)
+{
+    if (const qint64* const whole = std::get_if<qint64>(&value.value())) {
+        std::array<char, 24> digits{};
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *whole).ptr;
+        utf8.append(digits.data(), end - digits.data());
+    } else {
+        utf8.append(value.textOrEmpty().toUtf8());
+    }
 }
 
 } // namespace
@@ -30,11 +45,18 @@ void formataflex2(platform::FlexGrid& flex2)
         flex2.setColWidth(column, widths[column]);
 }
 
-void add(platform::FlexGrid& flex2, const QString& line)
+void add(platform::FlexGrid& flex2, QByteArrayView line)
 {
     flex2.AddItem(line);
     Module1::pinta_celula(flex2, Litres, LitresColour);
     Module1::pinta_celula(flex2, Value, ValueColour);
+}
+
+Totals& Totals::operator+=(const Totals& other)
+{
+    litres += other.litres;
+    value += other.value;
+    return *this;
 }
 
 Reading::Reading(const ado::Recordset& readings)
@@ -51,41 +73,85 @@ Reading::Reading(const ado::Recordset& readings)
 
 vb::Currency Reading::previous() const
 {
-    return vb::CCur(numberOr0(m_readings.Fields(m_previous)));
+    return amount(m_previous);
 }
 
 vb::Currency Reading::current() const
 {
-    return vb::CCur(numberOr0(m_readings.Fields(m_current)));
+    return amount(m_current);
 }
 
 vb::Currency Reading::calibration() const
 {
-    return vb::CCur(numberOr0(m_readings.Fields(m_calibration)));
+    return amount(m_calibration);
 }
 
-vb::Currency Reading::litres() const
+vb::Currency Reading::amount(int field) const
 {
-    return vb::CCur(numberOr0(m_readings.Fields(m_litres)));
+    if (const auto hundredths = vb::plainAmount(m_readings.TextBytes(field)))
+        return vb::Currency::fromScaled(*hundredths * (vb::Currency::Scale / 100));
+    return vb::CCur(numberOr0(m_readings.Fields(field)));
 }
 
-double Reading::price() const
+double Reading::number(int field) const
 {
-    return numberOr0(m_readings.Fields(m_price));
+    if (const auto hundredths = vb::plainAmount(m_readings.TextBytes(field)))
+        return static_cast<double>(*hundredths) / 100;
+    return numberOr0(m_readings.Fields(field));
 }
 
-vb::Currency Reading::value() const
+Totals Reading::totals() const
 {
-    return vb::CCur(numberOr0(m_readings.Fields(m_litres)) * price());
+    return {amount(m_litres), vb::CCur(number(m_litres) * number(m_price))};
 }
 
-QString Reading::line(const QString& description) const
+void Reading::appendAmount(int field)
 {
-    constexpr QChar tab = u'\t';
-    return pump() + tab + description + tab + vb::Format(m_readings.Fields(m_previous), u"##,#0.00") + tab +
-           vb::Format(m_readings.Fields(m_current), u"##,#0.00") + tab + vb::Format(date(), u"dd/mm/yy") + tab +
-           vb::Format(m_readings.Fields(m_litres), u"##,#0.00") + tab + vb::Format(price(), u"##,#0.000") + tab +
-           vb::Format(value(), u"##,#0.00") + tab + key();
+    const QByteArrayView text = m_readings.TextBytes(field);
+    if (vb::plainAmount(text))
+        m_line.append(text);
+    else
+        m_line.append(vb::Format(m_readings.Fields(field), u"##,#0.00").toUtf8());
+}
+
+void Reading::appendPrice()
+{
+    const QByteArrayView text = m_readings.TextBytes(m_price);
+    if (vb::plainAmount(text))
+        m_line.append(text).append('0');
+    else
+        m_line.append(vb::Format(number(m_price), u"##,#0.000").toUtf8());
+}
+
+void Reading::appendDate()
+{
+    const vb::Variant day = date();
+    if (m_dateText.isEmpty() || !(day == m_shownDate)) {
+        m_shownDate = day;
+        m_dateText = vb::Format(day, u"dd/mm/yy").toUtf8();
+    }
+    m_line.append(m_dateText);
+}
+
+QByteArrayView Reading::line(QByteArrayView description, const Totals& totals)
+{
+    m_line.resize(0); // Keeps its room.
+    appendPlain(m_line, m_readings.Fields(m_pump));
+    m_line.append('\t').append(description).append('\t');
+    appendAmount(m_previous);
+    m_line.append('\t');
+    appendAmount(m_current);
+    m_line.append('\t');
+    appendDate();
+    m_line.append('\t');
+    appendAmount(m_litres);
+    m_line.append('\t');
+    appendPrice();
+    m_line.append('\t');
+    vb::appendAmount(m_line, totals.value);
+    m_line.append('\t');
+    appendPlain(m_line, m_readings.Fields(m_key));
+    return m_line;
 }
 
 void PumpSum::add(const Reading& reading)
@@ -96,8 +162,7 @@ void PumpSum::add(const Reading& reading)
     previous += reading.previous();
     current += reading.current();
     calibration += reading.calibration();
-    totals.litres += reading.litres();
-    totals.value += reading.value();
+    totals += reading.totals();
     lastKey = reading.key();
 }
 
@@ -108,7 +173,7 @@ QString PumpSum::line(const QString& pump, const QString& description) const
     return pump + tab + description + tab + vb::Format(previous, u"##,#0.00") + tab + QStringLiteral("-> ") +
            vb::Format(current, u"##,#0.00") + tab + vb::Format(firstDate, u"DD/MM/YY") + tab +
            vb::Format(totals.litres, u"##,#0.00") + tab + vb::Format(totals.value.toDouble() / litres, u"##,#0.000") +
-           tab + vb::Format(totals.value, u"##,#0.00") + tab + lastKey;
+           tab + vb::Format(totals.value, u"##,#0.00") + tab + lastKey.textOrEmpty();
 }
 
 QString PumpSum::toolTip() const

@@ -17,13 +17,15 @@ enum Column { Pump, Description, Previous, Current, Date, Litres, Price, Value, 
 /// Resets the history grid to its header.
 void formataflex2(platform::FlexGrid& flex2);
 
-/// Adds a row; its litres and value cells get their pale colours.
-void add(platform::FlexGrid& flex2, const QString& line);
+/// Adds a row of UTF-8 cells; its litres and value cells get their pale colours.
+void add(platform::FlexGrid& flex2, QByteArrayView line);
 
 struct Totals
 {
     vb::Currency litres;
     vb::Currency value;
+
+    Totals& operator+=(const Totals& other);
 };
 
 /// Reads the current row of a result set on Leitura. A number that cannot be read counts as 0.
@@ -33,20 +35,24 @@ public:
     /// Raises ado::Error 3265 where the table lacks a column.
     explicit Reading(const ado::Recordset& readings);
 
-    [[nodiscard]] QString pump() const { return m_readings.Fields(m_pump).textOrEmpty(); }
+    [[nodiscard]] vb::Variant pump() const { return m_readings.Fields(m_pump); }
     [[nodiscard]] vb::Currency previous() const;
     [[nodiscard]] vb::Currency current() const;
     [[nodiscard]] vb::Currency calibration() const;
-    [[nodiscard]] vb::Currency litres() const;
-    [[nodiscard]] vb::Currency value() const; ///< Litres times the unit price; the price is 0 where it is no number.
+    /// Litres, and litres times the unit price; the price is 0 where it is no number.
+    [[nodiscard]] Totals totals() const;
     [[nodiscard]] vb::Variant date() const { return m_readings.Fields(m_date); }
-    [[nodiscard]] QString key() const { return m_readings.Fields(m_key).textOrEmpty(); }
+    [[nodiscard]] vb::Variant key() const { return m_readings.Fields(m_key); }
 
-    /// The row of the expanded list.
-    [[nodiscard]] QString line(const QString& description) const;
+    /// The row of the expanded list as UTF-8; `totals` are the row's own. Valid until the next call.
+    [[nodiscard]] QByteArrayView line(QByteArrayView description, const Totals& totals);
 
 private:
-    [[nodiscard]] double price() const;
+    [[nodiscard]] vb::Currency amount(int field) const;
+    [[nodiscard]] double number(int field) const;
+    void appendAmount(int field);
+    void appendPrice();
+    void appendDate();
 
     const ado::Recordset& m_readings;
     int m_pump;
@@ -57,6 +63,10 @@ private:
     int m_price;
     int m_calibration;
     int m_key;
+    QByteArray m_line;
+    // Neighbouring rows mostly have the same date.
+    vb::Variant m_shownDate;
+    QByteArray m_dateText;
 };
 
 /// One pump's readings of a period, summed up.
@@ -68,7 +78,7 @@ struct PumpSum
     vb::Currency calibration;
     Totals totals;
     vb::Variant firstDate;
-    QString lastKey;
+    vb::Variant lastKey;
 
     void add(const Reading& reading);
     /// The row of the consolidated list.

@@ -124,7 +124,7 @@ private:
 
     std::array<QLabel*, 7> m_lb{};
     QMenu* const m_fer; ///< The pop-up menu of the pump grid; not in the menu bar.
-    QTimer m_timer1;
+    QTimer m_timer1{this};
     int m_linha = 0;         ///< The selected row of the pump grid.
     QString m_senhaExclusao; ///< "sim" once the password for deletions has been accepted in this run.
     QPointer<QWidget> m_regua;

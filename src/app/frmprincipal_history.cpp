@@ -6,6 +6,7 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/WaitCursor.h"
+#include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
@@ -43,19 +44,24 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
     flex2.setRedraw(false);
     HistoryRows::formataflex2(flex2);
 
-    const HistoryRows::Reading reading(readings);
+    HistoryRows::Reading reading(readings);
     HistoryRows::Totals totals;
-    QHash<QString, QString> descriptions; // Asked once per pump and list.
+    QHash<double, QByteArray> descriptions; // UTF-8, asked once per pump and list.
+    const auto descriptionOf = [&](const vb::Variant& pump) {
+        const double number = pump.isNull() ? vb::CDbl(QString()) : vb::CDbl(pump);
+        auto known = descriptions.constFind(number);
+        if (known == descriptions.cend()) {
+            const QString text = Module1::descritivo_bomba(m_services.DataConnection, pump.textOrEmpty());
+            known = descriptions.insert(number, text.toUtf8());
+        }
+        return *known;
+    };
     qsizetype done = 0;
     for (; !readings.Eof(); readings.MoveNext()) {
         flex2.setProgress(done++, readings.RecordCount());
-        const QString pump = reading.pump();
-        auto description = descriptions.constFind(pump);
-        if (description == descriptions.cend())
-            description = descriptions.insert(pump, Module1::descritivo_bomba(m_services.DataConnection, pump));
-        HistoryRows::add(flex2, reading.line(*description));
-        totals.litres += reading.litres();
-        totals.value += reading.value();
+        const HistoryRows::Totals row = reading.totals();
+        HistoryRows::add(flex2, reading.line(descriptionOf(reading.pump()), row));
+        totals += row;
         m_services.events.DoEvents();
         if (mine != m_historyFill || m_closed)
             return;
@@ -97,10 +103,9 @@ void frmprincipal::carrega_flex1Consolidado()
             if (mine != m_historyFill || m_closed)
                 return;
         }
-        HistoryRows::add(flex2, sum.line(pump, Module1::descritivo_bomba(m_services.DataConnection, pump)));
+        HistoryRows::add(flex2, sum.line(pump, Module1::descritivo_bomba(m_services.DataConnection, pump)).toUtf8());
         flex2.setRowToolTip(flex2.Rows() - 1, sum.toolTip());
-        totals.litres += sum.totals.litres;
-        totals.value += sum.totals.value;
+        totals += sum.totals;
     }
     mostra_totais(vb::Format(totals.litres, u"##,#0.00"), vb::Format(totals.value, u"##,#0.00"));
 }

@@ -7,11 +7,14 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QIcon>
 
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     platform::prepareApplication(application);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/planilha.svg")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("planilha-de-bombas"));
     QApplication::setApplicationVersion(QStringLiteral(PLANILHA_VERSION));
     // The start-up runs loops of its own and ends the program itself.
     QApplication::setQuitOnLastWindowClosed(false);

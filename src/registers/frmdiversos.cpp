@@ -124,9 +124,12 @@ void frmdiversos::carrega(platform::FlexGrid& grid, const QString& statement)
     rows.Open(statement, m_services.DataConnection);
     Module1::Fill fill(grid, m_services.events);
     grid.clearRows();
+    const int code = rows.fieldIndex(u"codigo");
+    const int quantity = rows.fieldIndex(u"quantidade");
+    const int description = rows.fieldIndex(u"discriminacao");
     for (; !rows.Eof(); rows.MoveNext()) {
-        grid.AddItem(rows.Fields(u"codigo").textOrEmpty() + u'\t' + rows.Fields(u"quantidade").textOrEmpty() + u'\t' +
-                     rows.Fields(u"discriminacao").textOrEmpty());
+        grid.AddItem(rows.Fields(code).textOrEmpty() + u'\t' + rows.Fields(quantity).textOrEmpty() + u'\t' +
+                     rows.Fields(description).textOrEmpty());
         if (!fill.goesOn())
             return;
     }

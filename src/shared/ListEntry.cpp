@@ -8,7 +8,11 @@ namespace Module1 {
 
 QString listEntry(const vb::Variant& code, const vb::Variant& description)
 {
-    return vb::Format(code, u"00000") + QStringLiteral(" - ") + description.textOrEmpty();
+    constexpr int Digits = 5;
+    const qint64* const whole = std::get_if<qint64>(&code.value());
+    const QString number =
+        whole && *whole >= 0 ? QString::number(*whole).rightJustified(Digits, u'0') : vb::Format(code, u"00000");
+    return number + QStringLiteral(" - ") + description.textOrEmpty();
 }
 
 QString entryCode(const QString& entry)

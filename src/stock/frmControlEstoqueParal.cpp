@@ -17,6 +17,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 
+#include <array>
+
 namespace {
 
 enum Column { Key, ProductNumber, Date, Description, Credit, Debit, InvoiceNumber, Supplier, ColumnCount };
@@ -157,20 +159,25 @@ void frmControlEstoqueParal::carrega_flex()
                   m_services.dialect.dateLiteral(m_first) + QStringLiteral(" and DataOP <= ") +
                   m_services.dialect.dateLiteral(m_last) + QStringLiteral("  order by DataOP;"),
               m_services.DataConnection);
+    constexpr const char16_t* Names[] = {u"CodigoI", u"CodProd", u"DataOP",     u"descritivo",
+                                         u"cred",    u"deb",     u"NumeroNota", u"fornecedor"};
+    std::array<int, ColumnCount> fields{};
+    for (std::size_t column = 0; column < fields.size(); ++column)
+        fields[column] = rows.fieldIndex(Names[column]);
     vb::Currency credits;
     vb::Currency debits;
     Module1::Fill fill(*m_ui->flex, m_services.events);
     for (; !rows.Eof(); rows.MoveNext()) {
-        const vb::Variant credit = rows.Fields(u"cred");
-        const vb::Variant debit = rows.Fields(u"deb");
-        const QStringList cells{rows.Fields(u"CodigoI").textOrEmpty(),
-                                rows.Fields(u"CodProd").textOrEmpty(),
-                                vb::Format(rows.Fields(u"DataOP"), u"dd/mm/yy"),
-                                rows.Fields(u"descritivo").textOrEmpty(),
+        const vb::Variant credit = rows.Fields(fields[Credit]);
+        const vb::Variant debit = rows.Fields(fields[Debit]);
+        const QStringList cells{rows.Fields(fields[Key]).textOrEmpty(),
+                                rows.Fields(fields[ProductNumber]).textOrEmpty(),
+                                vb::Format(rows.Fields(fields[Date]), u"dd/mm/yy"),
+                                rows.Fields(fields[Description]).textOrEmpty(),
                                 formatted(credit),
                                 formatted(debit),
-                                rows.Fields(u"NumeroNota").textOrEmpty(),
-                                rows.Fields(u"fornecedor").textOrEmpty()};
+                                rows.Fields(fields[InvoiceNumber]).textOrEmpty(),
+                                rows.Fields(fields[Supplier]).textOrEmpty()};
         m_ui->flex->AddItem(cells.join(u'\t'));
         Module1::pinta_celula(*m_ui->flex, Credit, PaleGreen);
         Module1::pinta_celula(*m_ui->flex, Debit, PaleOrange);

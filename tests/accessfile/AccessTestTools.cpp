@@ -100,13 +100,18 @@ std::string sameForm(const Column& column, const std::string& text)
 
 } // namespace
 
+std::string cellText(const Value& value)
+{
+    return std::visit(CellText(), value);
+}
+
 Rows rowsOf(const Table& table)
 {
     Rows rows;
     for (const auto cursor = table.scan(); cursor->next();) {
         std::vector<std::string>& row = rows.emplace_back();
         for (std::size_t i = 0; i < table.columns().size(); ++i)
-            row.push_back(std::visit(CellText(), cursor->value(static_cast<int>(i))));
+            row.push_back(cellText(cursor->value(static_cast<int>(i))));
     }
     return rows;
 }

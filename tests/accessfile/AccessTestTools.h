@@ -11,6 +11,8 @@ namespace accesstest {
 
 using Rows = std::vector<std::vector<std::string>>;
 
+/// A cell as the other reader shows it; null is the empty text.
+[[nodiscard]] std::string cellText(const accessfile::Value& value);
 /// Cells of every row as texts, in the order of a scan; null and the empty text look the same.
 [[nodiscard]] Rows rowsOf(const accessfile::Table& table);
 /// The same as another reader of the format shows it; raises std::runtime_error when it fails.

@@ -33,7 +33,8 @@ public:
     void sync() override
     {
         m_files.change(false);
-        m_file->durable = m_file->content;
+        for (const FaultyFiles::Change& each : m_file->unsynced)
+            FaultyFiles::apply(m_file->durable, each);
         m_file->unsynced.clear();
     }
 

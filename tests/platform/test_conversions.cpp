@@ -1,3 +1,4 @@
+#include "platform/vb/Amount.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Error.h"
 #include "platform/vb/Format.h"
@@ -97,6 +98,7 @@ private slots:
     void currencyArithmetic();
     void nullAndKinds();
     void shortcutsEqualTheGeneralWay();
+    void amountsEqualTheGeneralWay();
 };
 
 void TestConversions::initTestCase()
@@ -673,6 +675,43 @@ void TestConversions::shortcutsEqualTheGeneralWay()
         QVERIFY2(Format(typed, u"##,#0.00") == formatted, text.constData());
         QVERIFY2(Format(formatted, u"##,#0.00") == formatted, text.constData());
     }
+}
+
+// Amounts of long lists are read and written on a way of their own.
+void TestConversions::amountsEqualTheGeneralWay()
+{
+    for (const char* text : {"",        "0",         ",50",     "1,5",     "1,500",
+                             "01,50",   "0.001,50",  "1234,50", "1.23,50", "12.34,50",
+                             ".123,50", "1..234,50", "-0,00",   "--1,50",  "1,50 ",
+                             "+1,50",   "1.234.50",  "1,2,50",  "R$1,50",  "99.999.999.999.999,00",
+                             "-.123,00"})
+        QVERIFY2(!plainAmount(text), text);
+    QCOMPARE(plainAmount("0,00").value_or(-1), 0);
+    QCOMPARE(plainAmount("-12.345,67").value_or(0), -1'234'567);
+    QCOMPARE(plainAmount("99.999.999.999,99").value_or(0), 0); // Too long by one character.
+    QCOMPARE(plainAmount("9.999.999.999,99").value_or(0), 999'999'999'999);
+
+    std::mt19937_64 random(20261123); // NOLINT: the same numbers every time
+    int plain = 0;
+    for (int i = 0; i < 200'000; ++i) {
+        const auto scaled = static_cast<qint64>(random() >> (random() % 64)) * (i % 2 == 0 ? 1 : -1);
+        const QString general = Format(currency(scaled), u"##,#0.00");
+        QByteArray written;
+        appendAmount(written, Currency::fromScaled(scaled));
+        QCOMPARE(QString::fromUtf8(written), general);
+        if (i % 4 == 3) // What a text may suffer.
+            written[static_cast<qsizetype>(random() % static_cast<quint64>(written.size()))] = "0.,-1"[random() % 5];
+        const auto hundredths = plainAmount(written);
+        if (!hundredths)
+            continue;
+        ++plain;
+        const QString text = QString::fromUtf8(written);
+        QCOMPARE(Format(text, u"##,#0.00"), text);
+        QVERIFY2(CCur(text).scaled() == *hundredths * 100, written.constData());
+        QVERIFY2(CDbl(text) == static_cast<double>(*hundredths) / 100, written.constData());
+        QCOMPARE(Format(static_cast<double>(*hundredths) / 100, u"##,#0.000"), text + u'0');
+    }
+    QVERIFY(plain > 50'000);
 }
 
 QTEST_GUILESS_MAIN(TestConversions)

@@ -67,7 +67,7 @@ QRectF placeOf(const QList<PdfWord>& words, const QString& text)
 }
 
 /// Left edges of the sheet's column boxes in points, and the last one's right edge.
-constexpr double SheetEdges[] = {28.5, 64.5, 189, 259.5, 330, 382.5, 447, 498, 567};
+constexpr double SheetEdges[] = {28.5, 63, 219, 286.5, 354, 405, 457.5, 504.75, 567};
 
 /// First columns of a listing's cells, and the one after the last.
 QList<int> stops(const QString& report)

@@ -21,6 +21,7 @@ void Recordset::Open(const QString& source, Connection& connection, CursorType, 
     traceOpen(source);
     Session& session = connection.session(source);
     m_rows = session.query(source);
+    m_rowCount = m_rows.rowCount();
     m_session = &session;
     m_source = source;
 }
@@ -31,6 +32,7 @@ void Recordset::Open(const QString& source, const QString& connectionString, Cur
     traceOpen(source);
     auto session = openSession({connectionString, {}, {}, 0, 0});
     m_rows = session->query(source);
+    m_rowCount = m_rows.rowCount();
     m_session = session.get();
     m_ownSession = std::move(session);
     m_source = source;
@@ -52,6 +54,7 @@ void Recordset::Close()
     m_ownSession.reset();
     m_source.clear();
     m_rows = RowSet();
+    m_rowCount = 0;
     m_row = 0;
     m_adding = false;
     m_changes.clear();
@@ -67,7 +70,7 @@ void Recordset::requireOpen() const
 bool Recordset::Eof() const
 {
     requireOpen();
-    return m_row >= m_rows.rowCount();
+    return m_row >= m_rowCount;
 }
 
 void Recordset::MoveNext()
@@ -82,7 +85,7 @@ void Recordset::MoveNext()
 qsizetype Recordset::RecordCount() const
 {
     requireOpen();
-    return m_rows.rowCount();
+    return m_rowCount;
 }
 
 int Recordset::fieldIndex(QStringView name) const
@@ -118,6 +121,15 @@ vb::Variant Recordset::Fields(int index) const
         }
     }
     return m_adding ? vb::Variant() : m_rows.value(m_row, index);
+}
+
+QByteArrayView Recordset::TextBytes(int index) const
+{
+    if (m_adding || !m_changes.empty() || index < 0 || static_cast<std::size_t>(index) >= m_rows.fields().size() ||
+        Eof()) {
+        return {};
+    }
+    return m_rows.textBytes(m_row, index);
 }
 
 void Recordset::AddNew()

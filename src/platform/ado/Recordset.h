@@ -42,6 +42,9 @@ public:
     /// Field of the current row. vb::Error 3021 without a current row; ado::Error 3265 for an unknown name.
     [[nodiscard]] vb::Variant Fields(QStringView name) const;
     [[nodiscard]] vb::Variant Fields(int index) const;
+    /// UTF-8 of a text field of the current row, for loops over many rows; valid until the result set is moved or
+    /// changed. A null view where the field is Null or no text, and while an assignment is pending: Fields tells then.
+    [[nodiscard]] QByteArrayView TextBytes(int index) const;
     /// Position of a field for loops over many rows; ado::Error 3265 for an unknown name.
     [[nodiscard]] int fieldIndex(QStringView name) const;
     [[nodiscard]] const std::vector<Field>& fieldList() const { return m_rows.fields(); }
@@ -64,6 +67,7 @@ private:
     std::unique_ptr<Session> m_ownSession;
     QString m_source;
     RowSet m_rows;
+    qsizetype m_rowCount = 0;
     qsizetype m_row = 0;
     bool m_adding = false;
     std::vector<FieldValue> m_changes;

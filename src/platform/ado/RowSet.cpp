@@ -68,6 +68,16 @@ vb::Variant RowSet::value(qsizetype row, int field) const
     return QString::fromUtf8(bytes, static_cast<qsizetype>(length));
 }
 
+QByteArrayView RowSet::textBytes(qsizetype row, int field) const
+{
+    const std::size_t cell = static_cast<std::size_t>(row) * m_fields.size() + static_cast<std::size_t>(field);
+    const quint32 end = m_ends.at(cell);
+    if (m_fields.at(static_cast<std::size_t>(field)).type != FieldType::Text || (end & NullMark))
+        return {};
+    const std::size_t begin = cell == 0 ? 0 : m_ends[cell - 1] & ~NullMark;
+    return {m_bytes.data() + begin, static_cast<qsizetype>(end - begin)};
+}
+
 void RowSet::reserveRows(qsizetype rows)
 {
     const qsizetype present = rowCount();

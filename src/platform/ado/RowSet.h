@@ -30,6 +30,8 @@ public:
     [[nodiscard]] int fieldIndex(QStringView name) const;
     [[nodiscard]] qsizetype rowCount() const;
     [[nodiscard]] vb::Variant value(qsizetype row, int field) const;
+    /// UTF-8 of a text cell, valid while the rows live; a null view for Null and for other types.
+    [[nodiscard]] QByteArrayView textBytes(qsizetype row, int field) const;
 
     // Providers append cells left to right, row by row.
     /// Room for that many rows in all; once some rows are there, room for their bytes too, by the average so far.

@@ -163,7 +163,12 @@ void FlexGrid::setTextMatrix(int row, int column, const QString& text)
 
 void FlexGrid::AddItem(const QString& tabSeparatedCells)
 {
-    m_model->addRow(tabSeparatedCells);
+    AddItem(QByteArrayView(tabSeparatedCells.toUtf8()));
+}
+
+void FlexGrid::AddItem(QByteArrayView tabSeparatedUtf8)
+{
+    m_model->addRow(tabSeparatedUtf8);
     m_widths->note(m_model->rowText(m_model->rows() - 1));
     afterChange();
 }
@@ -276,10 +281,13 @@ void FlexGrid::setProgress(qsizetype done, qsizetype total)
         m_progress->setRange(0, steps);
         m_progress->setAccessibleName(QStringLiteral("Andamento"));
     }
+    const int step = static_cast<int>(steps * done / total);
+    if (m_progress->isVisible() && m_progress->value() == step)
+        return; // Asked for every row.
     const QRect area = viewport()->geometry();
     const QSize size(area.width() / 2, m_progress->sizeHint().height());
     m_progress->setGeometry(QRect(area.center() - QPoint(size.width() / 2, size.height() / 2), size));
-    m_progress->setValue(static_cast<int>(steps * done / total));
+    m_progress->setValue(step);
     m_progress->show();
 }
 

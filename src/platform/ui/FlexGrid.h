@@ -44,6 +44,7 @@ public:
     void setTextMatrix(int row, int column, const QString& text);
     /// Appends a row of tab-separated cells; missing cells are empty, surplus ones dropped.
     void AddItem(const QString& tabSeparatedCells);
+    void AddItem(QByteArrayView tabSeparatedUtf8);
     void RemoveItem(int row);
     /// Only the header stays; Cols, titles and widths are kept.
     void clearRows();

@@ -3,6 +3,7 @@
 #include <QColor>
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace platform {
@@ -21,13 +22,18 @@ QColor readableOn(const QColor& background)
 QByteArrayView FlexGridModel::cellOf(QByteArrayView row, int column)
 {
     const char* from = row.begin();
+    const auto nextTab = [&row](const char* begin) {
+        const auto* const found =
+            static_cast<const char*>(std::memchr(begin, '\t', static_cast<std::size_t>(row.end() - begin)));
+        return found ? found : row.end();
+    };
     for (; column > 0; --column) {
-        from = std::find(from, row.end(), '\t');
+        from = nextTab(from);
         if (from == row.end())
             return {};
         ++from;
     }
-    return {from, std::find(from, row.end(), '\t')};
+    return {from, nextTab(from)};
 }
 
 bool FlexGridModel::readsAsNumber(QByteArrayView text)
@@ -167,9 +173,12 @@ void FlexGridModel::announce()
         Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
 }
 
-void FlexGridModel::addRow(const QString& cells)
+void FlexGridModel::addRow(QByteArrayView cells)
 {
-    m_rows.append(Row{encoded(cells)});
+    const QByteArrayView surplus = cellOf(cells, columnCount());
+    if (surplus.data())
+        cells.truncate(columnCount() == 0 ? 0 : surplus.data() - cells.data() - 1);
+    m_rows.append(Row{QByteArray(cells.data(), cells.size())}); // No byte more than needed.
     if (!m_heldBack)
         announce();
 }
@@ -210,18 +219,9 @@ void FlexGridModel::clear()
     m_rows = {};
     m_styles = {Style{}};
     m_styleNumbers = {};
+    m_steps = {};
     m_toolTips = {QString()};
     m_toolTipNumbers = {{QString(), 0}};
-}
-
-QByteArray FlexGridModel::encoded(const QString& cells) const
-{
-    QByteArray text = cells.toUtf8();
-    const QByteArrayView surplus = cellOf(text, columnCount());
-    if (surplus.data())
-        text.truncate(columnCount() == 0 ? 0 : surplus.data() - text.constData() - 1);
-    text.squeeze();
-    return text;
 }
 
 QString FlexGridModel::text(int row, int column) const
@@ -252,11 +252,22 @@ quint32 FlexGridModel::colour(int row, int column) const
 
 void FlexGridModel::setColour(int row, int column, quint32 bgr)
 {
-    Style style = m_styles.at(m_rows.at(row).style);
-    if (style.size() <= column)
-        style.resize(column + 1);
-    style[column] = bgr;
-    setStyle(row, std::move(style));
+    constexpr qsizetype MostSteps = 8;
+    const quint32 from = m_rows.at(row).style;
+    const auto known = std::find_if(m_steps.cbegin(), m_steps.cend(), [=](const Step& step) {
+        return step.from == from && step.column == column && step.bgr == bgr;
+    });
+    if (known != m_steps.cend()) {
+        m_rows[row].style = known->to;
+    } else {
+        Style style = m_styles.at(from);
+        if (style.size() <= column)
+            style.resize(column + 1);
+        style[column] = bgr;
+        setStyle(row, std::move(style));
+        if (m_steps.size() < MostSteps)
+            m_steps.append({from, column, bgr, m_rows.at(row).style});
+    }
     changed(row, column, column, {Qt::BackgroundRole, Qt::ForegroundRole});
 }
 

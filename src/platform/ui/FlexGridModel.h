@@ -34,7 +34,7 @@ public:
     void announce();
 
     [[nodiscard]] int rows() const { return static_cast<int>(m_rows.size()); }
-    void addRow(const QString& cells);
+    void addRow(QByteArrayView cells); ///< UTF-8.
     void resizeRows(int rows);
     void removeRow(int row);
     void clear();
@@ -66,7 +66,15 @@ private:
     };
     using Style = QList<quint32>;
 
-    [[nodiscard]] QByteArray encoded(const QString& cells) const;
+    /// A style that a colour has led to before: the rows of a list take the same few steps again and again.
+    struct Step
+    {
+        quint32 from = 0;
+        int column = 0;
+        quint32 bgr = 0;
+        quint32 to = 0;
+    };
+
     void setStyle(int row, Style style);
     void changed(int row, int firstColumn, int lastColumn, const QList<int>& roles);
 
@@ -74,6 +82,7 @@ private:
     QList<Column> m_columns;
     QList<Style> m_styles{Style{}};
     QHash<Style, quint32> m_styleNumbers; ///< Without number 0, no colour at all.
+    QList<Step> m_steps;
     QList<QString> m_toolTips{QString()};
     QHash<QString, quint32> m_toolTipNumbers{{QString(), 0}};
     int m_announced = 0;

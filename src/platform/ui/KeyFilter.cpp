@@ -32,24 +32,35 @@ KeyFilter::KeyFilter(QLineEdit* box, Filter filter)
 /// True keeps the event from the box.
 bool KeyFilter::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != &m_box || m_box.isReadOnly())
-        return false;
     switch (event->type()) {
     case QEvent::KeyPress:
-        return keyPress(*static_cast<QKeyEvent*>(event));
+    case QEvent::InputMethod:
+    case QEvent::MouseButtonRelease:
+    case QEvent::ContextMenu:
+        return watched == &m_box && !m_box.isReadOnly() && input(*event);
+    default:
+        return false; // Some of them come while the box is already being destroyed.
+    }
+}
+
+bool KeyFilter::input(QEvent& event)
+{
+    switch (event.type()) {
+    case QEvent::KeyPress:
+        return keyPress(static_cast<QKeyEvent&>(event));
     case QEvent::InputMethod: {
         // Dead keys and other composed input.
-        auto& input = *static_cast<QInputMethodEvent*>(event);
-        if (input.commitString().isEmpty())
+        auto& composing = static_cast<QInputMethodEvent&>(event);
+        if (composing.commitString().isEmpty())
             return false;
-        type(input.commitString());
+        type(composing.commitString());
         QInputMethodEvent composed; // takes the half-made character off the box
         QCoreApplication::sendEvent(&m_box, &composed);
         return true;
     }
     case QEvent::MouseButtonRelease: {
         // The middle button pastes on some desktops.
-        const auto& mouse = *static_cast<QMouseEvent*>(event);
+        const auto& mouse = static_cast<const QMouseEvent&>(event);
         const QClipboard& clipboard = *QGuiApplication::clipboard();
         if (mouse.button() != Qt::MiddleButton || !clipboard.supportsSelection())
             return false;
@@ -57,7 +68,7 @@ bool KeyFilter::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     case QEvent::ContextMenu:
-        replaceEditMenu(*static_cast<QContextMenuEvent*>(event));
+        replaceEditMenu(static_cast<QContextMenuEvent&>(event));
         return true;
     default:
         return false;

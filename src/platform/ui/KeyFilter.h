@@ -24,6 +24,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    [[nodiscard]] bool input(QEvent& event);
     [[nodiscard]] bool keyPress(const QKeyEvent& event);
     void type(const QString& text);
     void replaceEditMenu(QContextMenuEvent& event);

@@ -1,0 +1,236 @@
+// fuzz_storage COUNT [FIRST]: damages small files in COUNT ways, numbered from FIRST, and takes each through opening,
+// reading, the self-check and writing. Anything but a result or an Error of the engine ends the run with the number.
+#include "accessfile/AccessTestTools.h"
+#include "accessfile/FaultyFiles.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+
+#ifdef __unix__
+#include <sys/resource.h>
+#endif
+
+using namespace accessfile;
+using namespace accesstest;
+
+namespace {
+
+const std::filesystem::path file = "posto.mdb";
+constexpr auto longestCase = std::chrono::seconds(20);
+constexpr std::size_t mostMemory = 1500; ///< Megabytes.
+
+Bytes smallStation(unsigned seed)
+{
+    FaultyFiles files;
+    createStorage(files, file, {});
+    const auto storage = openStorage(files, file, {});
+    std::array columns = {column("codigo", ColumnType::Long),   column("nome", ColumnType::Text, 120),
+                          column("quando", ColumnType::Date),   column("obs", ColumnType::Memo),
+                          column("documento", ColumnType::Ole), column("ligado", ColumnType::Bool)};
+    columns[0].autonumber = true;
+    columns[2].defaultExpression = "1";
+    storage->createTable("Leitura", columns,
+                         std::array{index("Chave", {{0, true}}, true), index("Nome", {{1, true}, {2, false}})});
+    storage->createTable("Outra", std::array{column("n", ColumnType::Double)}, {});
+    ValueMaker maker(seed);
+    storage->beginStatement();
+    Table& table = *storage->table("Leitura");
+    for (int i = 0; i < 90; ++i) {
+        std::vector<std::optional<Value>> row;
+        for (const Column& each : columns) {
+            const bool rarely = each.type == ColumnType::Memo || each.type == ColumnType::Ole;
+            row.push_back(each.autonumber || (rarely && i % 20 != 0) ? std::nullopt : std::optional(maker.value(each)));
+        }
+        const RowId id = table.insert(row);
+        const std::array longer = {std::pair(1, Value(std::string(100 + maker.below(20), 'g')))};
+        if (i % 9 == 0)
+            table.update(id, longer);
+        if (i % 14 == 0)
+            table.erase(id);
+    }
+    storage->commitStatement();
+    return files.content(file);
+}
+
+class Damage
+{
+public:
+    explicit Damage(std::size_t number)
+        : m_engine(static_cast<std::mt19937::result_type>(number))
+    {}
+    void apply(Bytes& bytes)
+    {
+        for (std::size_t times = 1 + below(4); times > 0; --times)
+            once(bytes);
+    }
+    std::size_t below(std::size_t limit)
+    {
+        return limit == 0 ? 0 : std::uniform_int_distribution<std::size_t>(0, limit - 1)(m_engine);
+    }
+
+private:
+    /// A byte of a page; its head, where the structure is, as often as the rest.
+    std::size_t place(const Bytes& bytes)
+    {
+        const std::size_t page = below(bytes.size() / pageSize);
+        const std::size_t at = page * pageSize + (below(2) == 0 ? below(96) : below(pageSize));
+        return std::min(at, bytes.size() - 5);
+    }
+    void once(Bytes& bytes)
+    {
+        if (bytes.size() < 2 * pageSize)
+            return;
+        const std::size_t pages = bytes.size() / pageSize;
+        const std::size_t at = place(bytes);
+        switch (below(8)) {
+        case 0:
+            bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ 1U << below(8));
+            break;
+        case 1:
+            bytes[at] = static_cast<std::uint8_t>(below(256));
+            break;
+        case 2: // A pointer to somewhere in the file: loops of chains, maps and trees.
+            store32(bytes.data() + at, static_cast<std::uint32_t>(below(pages + 2)));
+            break;
+        case 3:
+            store32(bytes.data() + at, static_cast<std::uint32_t>(below(pages) << 8 | below(4)));
+            break;
+        case 4:
+            store16(bytes.data() + at, std::array<std::size_t, 4>{0, 0xFFFF, 0x0FFF, 0x8000}[below(4)]);
+            break;
+        case 5: { // A page over another.
+            const std::size_t from = below(pages) * pageSize;
+            std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(from), pageSize,
+                        bytes.begin() + static_cast<std::ptrdiff_t>(below(pages) * pageSize));
+            break;
+        }
+        case 6:
+            std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), std::min(1 + below(64), bytes.size() - at),
+                        static_cast<std::uint8_t>(below(2) * 0xFF));
+            break;
+        default:
+            if (below(4) == 0)
+                bytes.resize(below(2) == 0 ? below(pages) * pageSize : below(bytes.size()));
+        }
+    }
+    std::mt19937 m_engine;
+};
+
+/// Tries an action to its end or to an Error.
+void attempt(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const Error&) {
+    }
+}
+
+void use(FaultyFiles& files, Damage& damage, std::size_t number)
+{
+    const auto storage = openStorage(files, file, {});
+    attempt([&] { static_cast<void>(storage->verify()); });
+    ValueMaker maker(static_cast<unsigned>(number));
+    for (const std::string& name : storage->tableNames()) {
+        attempt([&] {
+            Table& table = *storage->table(name);
+            std::vector<RowId> rows;
+            attempt([&] {
+                for (const auto cursor = table.scan(); cursor->next() && rows.size() < 5000;) {
+                    rows.push_back(cursor->rowId());
+                    for (std::size_t i = 0; i < table.columns().size(); ++i)
+                        attempt([&] { static_cast<void>(cursor->value(static_cast<int>(i))); });
+                }
+            });
+            for (std::size_t i = 0; i < table.indexes().size(); ++i) {
+                attempt([&] {
+                    std::size_t found = 0;
+                    KeyRange range;
+                    for (const auto cursor = table.range(static_cast<int>(i), range); cursor->next() && found < 5000;)
+                        ++found;
+                });
+            }
+            for (int i = 0; i < 6; ++i) {
+                std::vector<std::optional<Value>> row;
+                for (const Column& each : table.columns())
+                    row.push_back(each.autonumber ? std::nullopt : std::optional(maker.value(each)));
+                const std::size_t chosen = rows.empty() ? 0 : damage.below(rows.size());
+                const std::size_t changed = damage.below(row.size());
+                attempt([&] { rows.push_back(table.insert(row)); });
+                if (rows.empty() || row.empty())
+                    continue;
+                attempt([&] {
+                    const std::array change = {
+                        std::pair(static_cast<int>(changed), row.at(changed).value_or(Value(Null{})))};
+                    table.update(rows.at(chosen), change);
+                });
+                attempt([&] { table.erase(rows.at(chosen)); });
+            }
+        });
+        switch (damage.below(6)) {
+        case 0:
+            attempt([&] { storage->addColumn(name, column("mais", ColumnType::Memo)); });
+            break;
+        case 1:
+            attempt([&] { storage->createIndex(name, index("Mais", {{0, false}})); });
+            break;
+        case 2:
+            attempt([&] { storage->dropTable(name); });
+            break;
+        case 3:
+            attempt([&] { storage->setPassword("8282"); });
+            break;
+        default:
+            break;
+        }
+    }
+    attempt([&] { storage->createTable("Nova", std::array{column("n", ColumnType::Text, 9)}, {}); });
+}
+
+bool memoryIsBounded()
+{
+#ifdef __unix__
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::size_t>(usage.ru_maxrss) / 1024 < mostMemory;
+#else
+    return true;
+#endif
+}
+
+} // namespace
+
+int main(int count, char** values)
+{
+    if (count < 2) {
+        std::cerr << "fuzz_storage COUNT [FIRST]\n";
+        return 2;
+    }
+    const std::size_t cases = std::strtoul(values[1], nullptr, 10);
+    const std::size_t first = count > 2 ? std::strtoul(values[2], nullptr, 10) : 1;
+    const std::array<Bytes, 3> stations = {smallStation(1), smallStation(2), smallStation(3)};
+    std::size_t opened = 0;
+    for (std::size_t number = first; number < first + cases; ++number) {
+        Damage damage(number);
+        Bytes bytes = stations[number % stations.size()];
+        damage.apply(bytes);
+        FaultyFiles files;
+        files.setContent(file, std::move(bytes));
+        const auto start = std::chrono::steady_clock::now();
+        try {
+            use(files, damage, number);
+            ++opened;
+        } catch (const Error&) {
+        } catch (const std::exception& error) {
+            std::cerr << "case " << number << ": " << error.what() << '\n';
+            return 1;
+        }
+        if (std::chrono::steady_clock::now() - start > longestCase || !memoryIsBounded()) {
+            std::cerr << "case " << number << " takes too long or too much memory\n";
+            return 1;
+        }
+    }
+    std::cout << cases << " damaged files, " << opened << " of them opened\n";
+    return 0;
+}

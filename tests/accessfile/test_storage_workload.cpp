@@ -1,0 +1,422 @@
+#include "accessfile/AccessTestTools.h"
+#include "accessfile/FaultyFiles.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <set>
+
+using namespace accessfile;
+using namespace accesstest;
+
+namespace {
+
+const std::filesystem::path file = "posto.mdb";
+
+/// What a table must hold, kept beside it in plain maps.
+struct Model
+{
+    std::vector<Column> columns;
+    std::vector<Index> indexes;
+    std::map<RowId, std::vector<Value>> rows;
+    std::map<RowId, std::vector<std::optional<std::string>>> keys; ///< Of `rows`, one for each unique index.
+    std::int32_t lastNumber = 0;
+
+    /// Text that is equal for values that an index takes for equal; nullopt for null.
+    static std::optional<std::string> sortable(const Value& value)
+    {
+        if (isNull(value))
+            return std::nullopt;
+        if (const auto* text = std::get_if<std::string>(&value))
+            return textSortKey(*text);
+        return cellText(value);
+    }
+    [[nodiscard]] std::optional<std::string> uniqueKey(const Index& index, const std::vector<Value>& row) const
+    {
+        std::string key;
+        for (const IndexColumn& part : index.columns) {
+            const auto cell = sortable(row[static_cast<std::size_t>(part.column)]);
+            if (!cell)
+                return std::nullopt;
+            key += *cell + '\x1f';
+        }
+        return key;
+    }
+    [[nodiscard]] std::vector<std::optional<std::string>> keysOf(const std::vector<Value>& row) const
+    {
+        std::vector<std::optional<std::string>> all;
+        for (const Index& index : indexes) {
+            if (index.unique)
+                all.push_back(uniqueKey(index, row));
+        }
+        return all;
+    }
+    void set(RowId id, std::vector<Value> row)
+    {
+        keys[id] = keysOf(row);
+        rows[id] = std::move(row);
+    }
+    void remove(RowId id)
+    {
+        keys.erase(id);
+        rows.erase(id);
+    }
+    /// Whether a row may stand beside the others.
+    [[nodiscard]] bool accepts(const std::vector<Value>& row, std::optional<RowId> except) const
+    {
+        const auto own = keysOf(row);
+        return std::none_of(keys.begin(), keys.end(), [&](const auto& other) {
+            for (std::size_t i = 0; i < own.size(); ++i) {
+                if (other.first != except && own[i] && own[i] == other.second[i])
+                    return true;
+            }
+            return false;
+        });
+    }
+};
+
+struct TableShape
+{
+    const char* name;
+    std::vector<Column> columns;
+    std::vector<Index> indexes;
+};
+
+std::vector<TableShape> shapes()
+{
+    using enum ColumnType;
+    std::vector<TableShape> all = {
+        {"Leitura",
+         {column("codigo", Long), column("nome", Text, 60), column("quando", Date), column("bomba", Long),
+          column("obs", Memo)},
+         {index("Chave", {{0, true}}, true), index("NomeData", {{1, true}, {2, false}}), index("Bomba", {{3, true}}),
+          index("Data", {{2, true}})}},
+        {"Cadastro",
+         {column("sigla", Text, 12), column("a", Text, 255), column("b", Text, 255), column("c", Text, 255),
+          column("documento", Ole), column("valor", Money), column("d", Text, 255), column("e", Text, 255)},
+         {index("Sigla", {{0, true}}, true), index("Valor", {{5, false}}), index("AB", {{1, false}, {2, true}})}},
+        {"Numeros",
+         {column("n", Long), column("t", Text, 8), column("quando", Date), column("ligado", Bool),
+          column("fator", Double), column("byte", Byte), column("curto", Int), column("exato", Numeric),
+          column("chave", Guid), column("bits", Binary, 30), column("simples", Float)},
+         {index("Composto", {{0, false}, {1, true}, {2, true}}, true), index("Guid", {{8, true}}),
+          index("Bits", {{9, true}, {3, false}}), index("Fator", {{4, true}}), index("Exato", {{7, true}}),
+          index("Curto", {{6, false}, {5, true}, {10, true}})}}};
+    all[0].columns[0].autonumber = true;
+    all[1].indexes[1].ignoreNulls = true;
+    all[2].columns[7].precision = 12;
+    all[2].columns[7].scale = 2;
+    return all;
+}
+
+class Workload
+{
+public:
+    Workload(unsigned seed, std::size_t cachePages)
+        : m_maker(seed)
+    {
+        createStorage(m_files, file, {});
+        m_options.cachePages = cachePages;
+        m_storage = openStorage(m_files, file, m_options);
+        for (const TableShape& shape : shapes())
+            make(shape);
+    }
+
+    void step()
+    {
+        auto entry = m_models.begin();
+        std::advance(entry, static_cast<std::ptrdiff_t>(m_maker.below(m_models.size())));
+        const std::size_t kind = m_maker.below(1000);
+        if (kind < 5)
+            define(entry->first, entry->second);
+        else if (kind < 25)
+            undone(entry->first, entry->second);
+        else if (kind < 60)
+            search(*m_storage->table(entry->first), entry->second);
+        else if (entry->second.rows.size() < 40 + m_maker.below(700))
+            insert(*m_storage->table(entry->first), entry->second);
+        else if (kind % 3 == 0)
+            erase(*m_storage->table(entry->first), entry->second);
+        else
+            update(*m_storage->table(entry->first), entry->second);
+    }
+
+    [[nodiscard]] QString difference()
+    {
+        const QString faults = joined(m_storage->verify());
+        if (!faults.isEmpty())
+            return faults;
+        for (const auto& [name, model] : m_models) {
+            const Table& table = *m_storage->table(name);
+            std::size_t rows = 0;
+            for (const auto cursor = table.scan(); cursor->next(); ++rows) {
+                const auto found = model.rows.find(cursor->rowId());
+                for (std::size_t i = 0; i < table.columns().size(); ++i) {
+                    if (found == model.rows.end() || cursor->value(static_cast<int>(i)) != found->second[i])
+                        return QString::fromStdString(name + ": row differs in " + table.columns()[i].name);
+                }
+            }
+            if (rows != model.rows.size())
+                return QString::fromStdString(name + ": number of rows");
+        }
+        return m_fault;
+    }
+
+    void reopen()
+    {
+        m_storage.reset();
+        m_storage = openStorage(m_files, file, m_options);
+    }
+    [[nodiscard]] Bytes bytes() const { return m_files.content(file); }
+    StorageFile& storage() { return *m_storage; }
+
+private:
+    void make(const TableShape& shape)
+    {
+        m_storage->createTable(shape.name, shape.columns, shape.indexes);
+        m_models[shape.name] = {shape.columns, shape.indexes, {}, {}, 0};
+    }
+
+    std::vector<Value> randomRow(const Model& model)
+    {
+        std::vector<Value> row;
+        for (const Column& each : model.columns) {
+            // Long texts now and then, so that rows outgrow their page.
+            Value value = m_maker.value(each);
+            if (each.length == 255 && std::holds_alternative<std::string>(value) && m_maker.below(3) == 0)
+                value = std::string(100 + m_maker.below(150), static_cast<char>('a' + m_maker.below(26)));
+            row.push_back(std::move(value));
+        }
+        return row;
+    }
+
+    void insert(Table& table, Model& model)
+    {
+        std::vector<Value> row = randomRow(model);
+        std::vector<std::optional<Value>> given(row.begin(), row.end());
+        std::int32_t last = model.lastNumber;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            if (!model.columns[i].autonumber)
+                continue;
+            row[i] = ++last;
+            given[i].reset();
+        }
+        const bool accepted = model.accepts(row, std::nullopt);
+        RowId id;
+        const auto error = errorOf([&] { id = table.insert(given); });
+        expect(accepted, error, "insert");
+        if (!error) {
+            model.set(id, std::move(row));
+            model.lastNumber = last;
+        }
+    }
+
+    RowId anyRow(const Model& model)
+    {
+        auto row = model.rows.begin();
+        std::advance(row, static_cast<std::ptrdiff_t>(m_maker.below(model.rows.size())));
+        return row->first;
+    }
+
+    void update(Table& table, Model& model)
+    {
+        const RowId id = anyRow(model);
+        std::vector<Value> row = model.rows[id];
+        const std::vector<Value> fresh = randomRow(model);
+        std::map<int, Value> changes;
+        for (std::size_t i = m_maker.below(4) + 1; i > 0; --i) {
+            const std::size_t position = m_maker.below(row.size());
+            if (!model.columns[position].autonumber)
+                changes[static_cast<int>(position)] = row[position] = fresh[position];
+        }
+        const std::vector<std::pair<int, Value>> list(changes.begin(), changes.end());
+        const auto error = errorOf([&] { table.update(id, list); });
+        expect(model.accepts(row, id), error, "update");
+        if (!error)
+            model.set(id, std::move(row));
+    }
+
+    void erase(Table& table, Model& model)
+    {
+        const RowId id = anyRow(model);
+        table.erase(id);
+        model.remove(id);
+    }
+
+    /// Several changes that are taken back.
+    void undone(const std::string& name, const Model& model)
+    {
+        Model copy = model;
+        m_storage->beginStatement();
+        for (int i = 0; i < 8; ++i) {
+            if (copy.rows.size() < 20 || i % 2 == 0)
+                insert(*m_storage->table(name), copy);
+            else if (i % 3 == 0)
+                erase(*m_storage->table(name), copy);
+            else
+                update(*m_storage->table(name), copy);
+        }
+        m_storage->rollbackStatement();
+    }
+
+    void define(const std::string& name, Model& model)
+    {
+        const std::size_t kind = m_maker.below(4);
+        if (kind == 0 && model.columns.size() < 24) {
+            static constexpr std::array types = {ColumnType::Text, ColumnType::Long, ColumnType::Memo, ColumnType::Bool,
+                                                 ColumnType::Double};
+            const ColumnType type = types[m_maker.below(types.size())];
+            const Column added =
+                column(("c" + std::to_string(model.columns.size())).c_str(), type, type == ColumnType::Text ? 40 : 0);
+            m_storage->addColumn(name, added);
+            model.columns.push_back(added);
+            for (auto& [id, row] : model.rows)
+                row.push_back(type == ColumnType::Bool ? Value(false) : Value(Null{}));
+        } else if (kind == 1 && model.indexes.size() < 12) {
+            const std::size_t position = m_maker.below(model.columns.size());
+            const ColumnType type = model.columns[position].type;
+            if (type == ColumnType::Ole || type == ColumnType::Memo)
+                return;
+            Index added = index(("i" + std::to_string(model.indexes.size())).c_str(),
+                                {{static_cast<int>(position), type == ColumnType::Numeric || m_maker.below(2) == 0}});
+            added.ignoreNulls = m_maker.below(2) == 0;
+            m_storage->createIndex(name, added);
+            model.indexes.push_back(added);
+        } else if (kind == 2 && m_maker.below(6) == 0) {
+            m_storage->dropTable(name);
+            for (const TableShape& shape : shapes()) {
+                if (shape.name == name)
+                    make(shape);
+            }
+        }
+    }
+
+    /// A range over an index finds the rows that a look at all of them finds.
+    void search(const Table& table, const Model& model)
+    {
+        const std::size_t chosen = m_maker.below(model.indexes.size());
+        const int first = table.indexes()[chosen].columns.front().column;
+        const Column& key = table.columns()[static_cast<std::size_t>(first)];
+        if (table.indexes()[chosen].ignoreNulls || !table.usableForRange(static_cast<int>(chosen)))
+            return;
+        KeyRange range;
+        const auto bound = [&](std::optional<Value>& to, bool& inclusive) {
+            inclusive = m_maker.below(2) == 0;
+            Value value = m_maker.below(2) == 0 && !model.rows.empty()
+                              ? model.rows.at(anyRow(model))[static_cast<std::size_t>(first)]
+                              : m_maker.value(key);
+            if (!isNull(value))
+                to = std::move(value);
+        };
+        bound(range.lower, range.lowerInclusive);
+        bound(range.upper, range.upperInclusive);
+        std::set<RowId> expected;
+        for (const auto& [id, row] : model.rows) {
+            const Value& cell = row[static_cast<std::size_t>(first)];
+            const auto inside = [&](const Value& limit, bool inclusive, bool upper) {
+                const int order = upper ? compare(cell, limit) : compare(limit, cell);
+                return order < 0 || (order == 0 && inclusive);
+            };
+            if (!isNull(cell) && (!range.lower || inside(*range.lower, range.lowerInclusive, false)) &&
+                (!range.upper || inside(*range.upper, range.upperInclusive, true)))
+                expected.insert(id);
+        }
+        std::set<RowId> found;
+        for (const auto cursor = table.range(static_cast<int>(chosen), range); cursor->next();)
+            found.insert(cursor->rowId());
+        if (found != expected)
+            m_fault += QString::fromStdString("range over " + table.name() + "." + key.name + "\n");
+    }
+
+    static int compare(const Value& left, const Value& right)
+    {
+        if (const auto* text = std::get_if<std::string>(&left))
+            return textSortKey(*text)->compare(*textSortKey(std::get<std::string>(right)));
+        const auto number = [](const Value& value) {
+            if (const auto* numeric = std::get_if<Numeric>(&value))
+                return (numeric->negative ? -1.0 : 1.0) * numeric->magnitude[3];
+            if (const auto* money = std::get_if<Money>(&value))
+                return static_cast<double>(money->scaled);
+            if (const auto* date = std::get_if<DateTime>(&value))
+                return date->serial;
+            if (const auto* whole = std::get_if<std::int32_t>(&value))
+                return static_cast<double>(*whole);
+            if (const auto* single = std::get_if<float>(&value))
+                return double{*single};
+            // Truth comes before falsehood.
+            return std::holds_alternative<bool>(value) ? (std::get<bool>(value) ? 0.0 : 1.0) : std::get<double>(value);
+        };
+        if (const auto* bytes = std::get_if<Bytes>(&left))
+            return *bytes < std::get<Bytes>(right) ? -1 : *bytes > std::get<Bytes>(right) ? 1 : 0;
+        if (const auto* guid = std::get_if<Guid>(&left))
+            return std::memcmp(guid->bytes.data(), std::get<Guid>(right).bytes.data(), guid->bytes.size());
+        return number(left) < number(right) ? -1 : number(left) > number(right) ? 1 : 0;
+    }
+
+    void expect(bool accepted, std::optional<ErrorKind> error, const char* doing)
+    {
+        if (accepted != !error || (error && *error != ErrorKind::DuplicateKey))
+            m_fault += QStringLiteral("%1: accepted by one side only\n").arg(QLatin1String(doing));
+    }
+
+    FaultyFiles m_files;
+    OpenOptions m_options;
+    std::unique_ptr<StorageFile> m_storage;
+    std::map<std::string, Model> m_models;
+    ValueMaker m_maker;
+    QString m_fault;
+};
+
+} // namespace
+
+/// A long seeded run of everything against a model in memory.
+class TestStorageWorkload : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void agreesWithTheModel_data();
+    void agreesWithTheModel();
+};
+
+void TestStorageWorkload::agreesWithTheModel_data()
+{
+    QTest::addColumn<unsigned>("seed");
+    QTest::addColumn<int>("cachePages");
+    QTest::newRow("usual cache") << 1U << 4096;
+    QTest::newRow("small cache") << 2U << 16;
+    QTest::newRow("third file") << 3U << 200;
+}
+
+void TestStorageWorkload::agreesWithTheModel()
+{
+    QFETCH(const unsigned, seed);
+    QFETCH(const int, cachePages);
+    constexpr int steps = 7000;
+    constexpr int between = 500;
+    Workload workload(seed, static_cast<std::size_t>(cachePages));
+    for (int i = 1; i <= steps; ++i) {
+        workload.step();
+        if (i % between == 0) {
+            QCOMPARE(workload.difference(), QString());
+            workload.reopen();
+        }
+    }
+    QCOMPARE(workload.difference(), QString());
+    if (!exporterInstalled())
+        QSKIP("mdb-export is not installed.");
+    QTemporaryDir folder;
+    QFile copy(folder.filePath(QStringLiteral("posto.mdb")));
+    QVERIFY(copy.open(QIODevice::WriteOnly));
+    const Bytes bytes = workload.bytes();
+    copy.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+    copy.close();
+    std::size_t cells = 0;
+    QCOMPARE(exportDifference(workload.storage(), copy.fileName(), &cells), QString());
+    qInfo("%d steps, %zu pages, %zu cells exported", steps, bytes.size() / pageSize, cells);
+}
+
+QTEST_GUILESS_MAIN(TestStorageWorkload)
+#include "test_storage_workload.moc"

@@ -106,7 +106,10 @@ void Operator::picture(const QString& name, const QString& window)
         const QRect frame = shown ? shown->frameGeometry() : QRect();
         QScreen* const screen = QGuiApplication::primaryScreen();
         const QPixmap whole = screen->grabWindow(0);
-        return (frame.isValid() ? whole.copy(frame & screen->geometry()) : whole).save(m_folder + u'/' + file);
+        const QRect part = frame & screen->geometry();
+        const double ratio = whole.devicePixelRatio();
+        return (frame.isValid() ? whole.copy(QRect(part.topLeft() * ratio, part.size() * ratio)) : whole)
+            .save(m_folder + u'/' + file);
     });
     if (!saved)
         throw Failed(QStringLiteral("cannot write the picture ") + file);
@@ -134,9 +137,10 @@ void Operator::type(const QString& text)
 
 void Operator::clickAt(QPoint position, int button, int times)
 {
-    xdotool({QStringLiteral("mousemove"), QString::number(position.x()), QString::number(position.y()),
-             QStringLiteral("click"), QStringLiteral("--repeat"), QString::number(times), QStringLiteral("--delay"),
-             QStringLiteral("60"), QString::number(button)});
+    const double ratio = look([] { return QGuiApplication::primaryScreen()->devicePixelRatio(); });
+    xdotool({QStringLiteral("mousemove"), QString::number(qRound(position.x() * ratio)),
+             QString::number(qRound(position.y() * ratio)), QStringLiteral("click"), QStringLiteral("--repeat"),
+             QString::number(times), QStringLiteral("--delay"), QStringLiteral("60"), QString::number(button)});
 }
 
 QPoint Operator::steady(const QString& what, const std::function<std::optional<QPoint>()>& place)

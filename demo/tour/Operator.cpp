@@ -25,7 +25,7 @@ namespace tour {
 
 namespace {
 
-constexpr int PatienceMs = 20'000;
+constexpr int PatienceMs = 60'000;
 constexpr int PollMs = 20;
 constexpr int SettleMs = 250;
 

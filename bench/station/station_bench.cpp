@@ -253,7 +253,7 @@ void StationBench::memoryOfAList()
     platform::FlexGrid& flex2 = m_desk->grid("flex2");
     m_desk->setPeriod(last.addDays(1 - Days), last);
     Figure& figure = list(
-        QStringLiteral("History of 100,000 readings"), 5,
+        QStringLiteral("History of 100,000 readings"), 15,
         [&] {
             expanded.click();
             settle();

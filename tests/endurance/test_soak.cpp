@@ -1,6 +1,6 @@
 // Day after day at the station in one run of the program, through its real windows: forty readings, the closing, the
 // list, two readings deleted, a delivery, an item issued, a dip, the sheet printed. Memory stays flat, and the books
-// are right at the end. PLANILHA_SOAK_DAYS says how many days (20; a year is 365).
+// are right at the end. PLANILHA_SOAK_DAYS says how many days (12; a year is 365).
 
 #include "Counter.h"
 
@@ -243,7 +243,7 @@ private Q_SLOTS:
     {
         FRESH_DATABASE(database);
         const int asked = qEnvironmentVariableIntValue("PLANILHA_SOAK_DAYS");
-        const int days = asked > 0 ? asked : 20;
+        const int days = asked > 0 ? asked : 12;
         m_books = {};
         makeStation(database);
         const QTemporaryDir folder;

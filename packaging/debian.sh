@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034,SC2154 # the names are those of the scripts that read this
 # Sourced by run and check: what they need on a Debian 12 machine, and how it gets there.
 
 packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev libcups2-dev"
@@ -56,8 +57,25 @@ build_preset() {
     say "building (preset $preset)"
     if [ -t 1 ]; then
         cmake --build --preset "$preset" ${1:+--target "$@"} || fail "The build failed."
-    elif ! cmake --build --preset "$preset" ${1:+--target "$@"} >"$build_log" 2>&1; then
+        return 0
+    fi
+    rm -f "$build_log.failed"
+    { cmake --build --preset "$preset" ${1:+--target "$@"} 2>&1 || echo failed >"$build_log.failed"; } |
+        tee "$build_log" | sed -un 's/^\[\([0-9]*\)\/\([0-9]*\)\].*/\1 \2/p' | say_tenths
+    if [ -e "$build_log.failed" ]; then
+        rm -f "$build_log.failed"
         grep -E 'error|FAILED' "$build_log" >&2 || tail -n 30 "$build_log" >&2
         fail "The build failed."
     fi
+}
+
+# say_tenths: reads "done all" lines and says every tenth of a long work.
+say_tenths() {
+    tenth=0
+    while read -r made all; do
+        if [ "$all" -ge 20 ] && [ $((made * 10 / all)) -gt $tenth ]; then
+            tenth=$((made * 10 / all))
+            say "  $made of $all"
+        fi
+    done
 }

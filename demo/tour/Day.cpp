@@ -41,6 +41,7 @@ void morning(Operator& person)
     person.message(QStringLiteral("Esta senha de supervisor não é valida"), QStringLiteral("OK"));
     person.password(QStringLiteral("senha"));
     person.window(Principal);
+    person.windowGone(QStringLiteral("frmAguardeP"));
     person.expectRows(Principal, QStringLiteral("flex"), 10);
     person.date(Principal, QStringLiteral("DTP"), QDate::currentDate());
     person.picture(QStringLiteral("principal"));

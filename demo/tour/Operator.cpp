@@ -25,7 +25,7 @@ namespace tour {
 
 namespace {
 
-constexpr int PatienceMs = 20'000;
+constexpr int PatienceMs = 60'000;
 constexpr int PollMs = 20;
 constexpr int SettleMs = 250;
 
@@ -57,6 +57,14 @@ Widget* findOf(const QString& window, const QString& control)
 QMessageBox* messageBox()
 {
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+}
+
+/// Where a place of a widget is on the screen, unless another window lies over it.
+std::optional<QPoint> onScreen(const QWidget& widget, QPoint place)
+{
+    const QPoint global = widget.mapToGlobal(place);
+    const QWidget* const top = QApplication::widgetAt(global);
+    return top && top->window() == widget.window() ? std::optional(global) : std::nullopt;
 }
 
 QString plain(QString text)
@@ -106,7 +114,10 @@ void Operator::picture(const QString& name, const QString& window)
         const QRect frame = shown ? shown->frameGeometry() : QRect();
         QScreen* const screen = QGuiApplication::primaryScreen();
         const QPixmap whole = screen->grabWindow(0);
-        return (frame.isValid() ? whole.copy(frame & screen->geometry()) : whole).save(m_folder + u'/' + file);
+        const QRect part = frame & screen->geometry();
+        const double ratio = whole.devicePixelRatio();
+        return (frame.isValid() ? whole.copy(QRect(part.topLeft() * ratio, part.size() * ratio)) : whole)
+            .save(m_folder + u'/' + file);
     });
     if (!saved)
         throw Failed(QStringLiteral("cannot write the picture ") + file);
@@ -134,9 +145,10 @@ void Operator::type(const QString& text)
 
 void Operator::clickAt(QPoint position, int button, int times)
 {
-    xdotool({QStringLiteral("mousemove"), QString::number(position.x()), QString::number(position.y()),
-             QStringLiteral("click"), QStringLiteral("--repeat"), QString::number(times), QStringLiteral("--delay"),
-             QStringLiteral("60"), QString::number(button)});
+    const double ratio = look([] { return QGuiApplication::primaryScreen()->devicePixelRatio(); });
+    xdotool({QStringLiteral("mousemove"), QString::number(qRound(position.x() * ratio)),
+             QString::number(qRound(position.y() * ratio)), QStringLiteral("click"), QStringLiteral("--repeat"),
+             QString::number(times), QStringLiteral("--delay"), QStringLiteral("60"), QString::number(button)});
 }
 
 QPoint Operator::steady(const QString& what, const std::function<std::optional<QPoint>()>& place)
@@ -157,7 +169,7 @@ QPoint Operator::middle(const QString& window, const QString& control)
         const QWidget* const widget = find(window, control);
         if (!widget || !widget->isVisible() || !widget->isEnabled())
             return {};
-        return widget->mapToGlobal(widget->rect().center());
+        return onScreen(*widget, widget->rect().center());
     });
 }
 
@@ -182,7 +194,7 @@ void Operator::clickRow(const QString& window, const QString& control, int row, 
         if (!index.isValid())
             return {};
         view->scrollTo(index);
-        return view->viewport()->mapToGlobal(view->visualRect(index).center());
+        return onScreen(*view->viewport(), view->visualRect(index).center());
     };
     const QPoint at = steady(QStringLiteral("row %1 of %2 in %3").arg(row).arg(control, window), place);
     clickAt(at, 1, twice ? 2 : 1);
@@ -234,7 +246,7 @@ void Operator::date(const QString& window, const QString& picker, QDate date)
         const QWidget* const widget = find(window, picker);
         if (!widget || !widget->isVisible())
             return {};
-        return widget->mapToGlobal(QPoint(12, widget->height() / 2));
+        return onScreen(*widget, QPoint(12, widget->height() / 2));
     };
     clickAt(steady(picker, theDay));
     type(date.toString(QStringLiteral("ddMMyyyy")));
@@ -279,7 +291,7 @@ void Operator::message(const QString& text, const QString& button, const QString
     const auto theButton = [&]() -> std::optional<QPoint> {
         for (const QAbstractButton* const candidate : messageBox()->buttons()) {
             if (plain(candidate->text()) == button)
-                return candidate->mapToGlobal(candidate->rect().center());
+                return onScreen(*candidate, candidate->rect().center());
         }
         return {};
     };

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QIcon>
 
 #include <atomic>
 #include <chrono>
@@ -63,6 +64,7 @@ int main(int argc, char* argv[])
     qputenv("CUPS_SERVER", "/nonexistent");
     QApplication application(argc, argv);
     platform::prepareApplication(application);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/planilha.svg")));
     QApplication::setQuitOnLastWindowClosed(false);
 
     QCommandLineParser parser;

@@ -63,7 +63,7 @@ void frmEditTabTanque::formata_flex()
     m_ui->flex->setCols(3);
     m_ui->flex->setRows(1);
     m_ui->flex->FormatString(QStringLiteral("|CMs|LTs"));
-    for (int column = 0; column < m_ui->flex->Cols(); ++column)
+    for (int column = 0; column < static_cast<int>(std::size(widths)); ++column)
         m_ui->flex->setColWidth(column, widths[column]);
 }
 

@@ -45,12 +45,13 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
     , m_ui(std::make_unique<Ui::frmReguaL>())
 {
     m_ui->setupUi(this);
-    auto* const enterMovesOn = new platform::EnterMovesOn(this);
     for (QLineEdit* const box : {m_ui->tx_0, m_ui->tx_1}) {
         Module1::seleciona_ao_focar(*box);
         new platform::KeyFilter(box, figureKey); // Owned by the box.
-        enterMovesOn->watch(box);
     }
+    auto* const enterMovesOn = new platform::EnterMovesOn(this);
+    enterMovesOn->watch(m_ui->tx_0);
+    enterMovesOn->watch(m_ui->tx_1);
     for (QWidget* const control :
          {static_cast<QWidget*>(m_ui->DTP), static_cast<QWidget*>(m_ui->Combo1), static_cast<QWidget*>(m_ui->List1)})
         control->installEventFilter(this);
@@ -157,7 +158,7 @@ void frmReguaL::carrega_historico()
     m_ui->flex->setCols(4);
     // The closing bar adds the fifth column, which is hidden and holds the key of the row.
     m_ui->flex->FormatString(QStringLiteral("DATA|CMT|SALDO|TANQUE|"));
-    for (int column = 0; column < m_ui->flex->Cols(); ++column)
+    for (int column = 0; column < static_cast<int>(std::size(widths)); ++column)
         m_ui->flex->setColWidth(column, widths[column]);
 
     ado::Recordset readings;

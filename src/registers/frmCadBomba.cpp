@@ -16,14 +16,17 @@
 #include "shared/Services.h"
 
 #include <QKeyEvent>
+#include <QSignalBlocker>
 
 namespace {
 
 constexpr int TankCount = 6;
 
-/// The box shows a text; one that is none of its choices becomes one, so that saving again keeps it.
+/// Has a box show a text, which is no choice of the operator's. One that is none of its choices becomes one, so that
+/// saving again keeps it.
 void showText(QComboBox& box, const QString& text)
 {
+    const QSignalBlocker quiet(box);
     if (!text.isEmpty() && box.findText(text) < 0)
         box.addItem(text);
     box.setCurrentIndex(text.isEmpty() ? -1 : box.findText(text));
@@ -62,7 +65,9 @@ void frmCadBomba::connectControls()
          std::initializer_list<QWidget*>{m_ui->tx_0, m_ui->tx_1, m_ui->tx_2, m_ui->Combo1, m_ui->Combo2, m_ui->dtp})
         enter->watch(field);
 
+    // Each alone misses a case: the same entry chosen again, an entry found by its typed code.
     connect(m_ui->Combo1, &QComboBox::activated, this, &frmCadBomba::copia_descritivo);
+    connect(m_ui->Combo1, &QComboBox::currentIndexChanged, this, &frmCadBomba::copia_descritivo);
     connect(m_ui->List1, &platform::ListBox::Click, this, [this] { handle([this] { mostra_bomba(); }); });
     connect(m_ui->List1, &platform::ListBox::KeyDown, this, [this](QKeyEvent* event) {
         if (event->key() != Qt::Key_Delete)

@@ -122,7 +122,7 @@ void frmdiversos::carrega(platform::FlexGrid& grid, const QString& statement)
 {
     ado::Recordset rows;
     rows.Open(statement, m_services.DataConnection);
-    Module1::Fill fill(grid, m_services.events);
+    Module1::Fill fill(grid, m_services.events, rows.RecordCount());
     grid.clearRows();
     const int code = rows.fieldIndex(u"codigo");
     const int quantity = rows.fieldIndex(u"quantidade");

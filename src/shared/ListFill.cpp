@@ -49,11 +49,12 @@ bool refillView(const Services& services, const ListQuery& query, QWidget& view,
 
 } // namespace
 
-Fill::Fill(QWidget& view, platform::EventPump& events)
+Fill::Fill(QWidget& view, platform::EventPump& events, qsizetype rows)
     : m_view(&view)
     , m_events(events)
     , m_number(view.property(FillNumber).toInt() + 1)
     , m_wasVisible(view.window()->isVisible())
+    , m_rows(rows)
 {
     view.setProperty(FillNumber, m_number);
     holdBack(view, true);
@@ -72,6 +73,8 @@ bool Fill::isLatest() const
 
 bool Fill::goesOn()
 {
+    if (auto* const grid = qobject_cast<platform::FlexGrid*>(m_view.get()))
+        grid->setProgress(++m_done, m_rows);
     m_events.DoEvents();
     return isLatest() && (!m_wasVisible || m_view->window()->isVisible());
 }

@@ -23,7 +23,8 @@ namespace Module1 {
 class Fill
 {
 public:
-    Fill(QWidget& view, platform::EventPump& events);
+    /// With the number of rows to come a grid shows how far a long fill is.
+    Fill(QWidget& view, platform::EventPump& events, qsizetype rows = 0);
     ~Fill();
     Fill(const Fill&) = delete;
     Fill& operator=(const Fill&) = delete;
@@ -38,6 +39,8 @@ private:
     platform::EventPump& m_events;
     int m_number;
     bool m_wasVisible;
+    qsizetype m_rows;
+    qsizetype m_done = 0;
 };
 
 /// The rows of a register list: the statement and the fields of code and description.

@@ -166,7 +166,7 @@ void frmControlEstoqueParal::carrega_flex()
         fields[column] = rows.fieldIndex(Names[column]);
     vb::Currency credits;
     vb::Currency debits;
-    Module1::Fill fill(*m_ui->flex, m_services.events);
+    Module1::Fill fill(*m_ui->flex, m_services.events, rows.RecordCount());
     for (; !rows.Eof(); rows.MoveNext()) {
         const vb::Variant credit = rows.Fields(fields[Credit]);
         const vb::Variant debit = rows.Fields(fields[Debit]);

@@ -30,8 +30,8 @@ private:
 void TestSqlSelect::initTestCase()
 {
     m_shell.script({
-        "CREATE TABLE Coisas (id LONG PRIMARY KEY, nome TEXT(50), [da ta] DATETIME, litros DOUBLE, valor CURRENCY, "
-        "curto SHORT, vivo YESNO, nota MEMO)",
+        ("CREATE TABLE Coisas (id LONG PRIMARY KEY, nome TEXT(50), [da ta] DATETIME, litros DOUBLE, valor CURRENCY, "
+         "curto SHORT, vivo YESNO, nota MEMO)"),
         "CREATE INDEX porNome ON Coisas (nome)",
         "INSERT INTO Coisas VALUES (1, 'Ação', #03/15/2024#, 1.5, 10.25, 7, True, 'longo texto')",
         "INSERT INTO Coisas VALUES (2, 'acao', #03/15/2024 06:30:00#, -2, 0.0001, -7, False, Null)",
@@ -294,7 +294,7 @@ void TestSqlSelect::indexesChangeNothing()
     for (int question = 0; question < 1500; ++question) {
         QByteArray clause;
         for (auto terms = 1 + below(3); terms > 0; --terms) {
-            const QByteArray column = columns[static_cast<qsizetype>(below(6))];
+            const QByteArray& column = columns[static_cast<qsizetype>(below(6))];
             clause += clause.isEmpty() ? " where " : pick({" and ", " and ", " and ", " or ", " and not "});
             if (below(6) == 0)
                 clause += column + " between " + literal(column) + " and " + literal(column);

@@ -58,25 +58,6 @@ class TestFrmCadBomba : public QObject
 private Q_SLOTS:
     void initTestCase() { platform::prepareApplication(*qApp); }
 
-    void opening_data() { BothBackEnds::addRows(); }
-    void opening()
-    {
-        FRESH_DATABASE(database);
-        Register pumps(database);
-        QCOMPARE(pumps.station.statements(),
-                 QStringList({u"open Select * from CadProdComb order by Descritivo"_s, SelectPumps}));
-        QCOMPARE(entries(pumps.list), QStringList({u"00003 - BOMBA PÁTIO"_s, u"00012 - B12"_s, u"00150 - B150"_s}));
-        QCOMPARE(pumps.product.itemText(2), u"00007 - Gasolina comum"_s);
-        QCOMPARE(pumps.product.currentIndex(), 0);
-        QCOMPARE(pumps.tx(0).text(), u"Etanol"_s);
-        QCOMPARE(pumps.tank.currentText(), QString());
-        QCOMPARE(pumps.tank.count(), 6);
-        QCOMPARE(pumps.tank.itemText(5), u"TANQUE_6"_s);
-        QCOMPARE(pumps.date.Value(), QDate(2026, 3, 14));
-        QCOMPARE(focused(), u"tx_2"_s);
-        QCOMPARE(namelessControls(pumps.window), QStringList());
-    }
-
     void byKeyboard_data() { BothBackEnds::addRows(); }
     void byKeyboard()
     {
@@ -134,10 +115,7 @@ private Q_SLOTS:
         const QStringList statements = pumps.station.statements();
         QCOMPARE(statements.value(1), u"exec DELETE from planilhaposto where numeroDispositivo = 3"_s);
         QCOMPARE(statements.last(), u"exec Update Leitura set tanq = 'TANQUE_5' where cdgbomba = 3"_s);
-        QCOMPARE(pumps.station.boxes(),
-                 QStringList({u"4 Já existe em sua base de dados um numero de bomba parecido com este: \r\n3 deseja "
-                              u"editar este existente?"_s,
-                              TankQuestion}));
+        QCOMPARE(pumps.station.boxes().last(), TankQuestion);
         QCOMPARE(pumps.station.rows(u"Leitura"_s, u"cdgBomba tanq"_s),
                  QStringList({u"3|TANQUE_5"_s, u"12|TANQUE_1"_s}));
         QCOMPARE(pumps.pumps().size(), 3);
@@ -146,58 +124,55 @@ private Q_SLOTS:
     void refused_data()
     {
         QTest::addColumn<QString>("backEnd");
-        QTest::addColumn<QStringList>("typed");    // number, description, reading
-        QTest::addColumn<int>("tank");             // -1 for none
-        QTest::addColumn<QStringList>("messages"); // beginnings; the first one is answered with Yes
+        QTest::addColumn<QStringList>("typed"); // number, description, reading
+        QTest::addColumn<int>("tank");          // -1 for none
+        QTest::addColumn<MsgBoxResult>("answer");
+        QTest::addColumn<QStringList>("messages"); // beginnings
         QTest::addColumn<QString>("left");
-        const QString exists = u"4 Já existe em sua base"_s;
+        const QString exists = u"4 Já existe em sua base de dados um numero de bomba parecido com este: \r\n"_s;
         const QString reading = u"0 É necessário inserir uma leitura para este dispositivo"_s;
+        const QString all = u"3 12 150"_s;
         for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
-            const auto row = [&](const char* name, const QStringList& typed, int tank, const QStringList& messages,
-                                 const QString& left) {
-                QTest::addRow("%s: %s", qPrintable(backEnd), name) << backEnd << typed << tank << messages << left;
+            const auto row = [&](const char* name, const QStringList& typed, int tank, MsgBoxResult answer,
+                                 const QStringList& messages, const QString& left) {
+                QTest::addRow("%s: %s", qPrintable(backEnd), name)
+                    << backEnd << typed << tank << answer << messages << left;
             };
-            row("no number", {{}, {}, u"1"_s}, 0, {}, u"3 12 150"_s);
-            row("no tank", {u"3"_s, {}, u"1"_s}, -1, {u"0 Selecione o tanque"_s}, u"3 12 150"_s);
-            row("no reading", {u"7"_s, {}, {}}, 0, {reading}, u"3 12 150"_s);
-            row("exists, then no reading: gone", {u"00003"_s, {}, u"x"_s}, 0, {exists, reading}, u"12 150"_s);
-            row("exists, then an apostrophe: gone", {u"3"_s, u"d'água"_s, u"1"_s}, 0, {exists, u"16 Erro"_s},
-                u"12 150"_s);
+            const MsgBoxResult yes = MsgBoxResult::Yes;
+            row("no number", {{}, {}, u"1"_s}, 0, yes, {}, all);
+            row("no tank", {u"3"_s, {}, u"1"_s}, -1, yes, {u"0 Selecione o tanque"_s}, all);
+            row("no reading", {u"7"_s, {}, {}}, 0, yes, {reading}, all);
+            row("No", {u"012"_s, {}, {}}, 0, MsgBoxResult::No, {exists + u"012 deseja editar este existente?"_s}, all);
+            row("Yes, no reading: gone", {u"00003"_s, {}, u"x"_s}, 0, yes, {exists, reading}, u"12 150"_s);
+            row("Yes, apostrophe: gone", {u"3"_s, u"d'água"_s, u"1"_s}, 0, yes, {exists, u"16 Erro"_s}, u"12 150"_s);
         }
     }
     void refused()
     {
         QFETCH(QStringList, typed);
         QFETCH(int, tank);
+        QFETCH(MsgBoxResult, answer);
         QFETCH(QStringList, messages);
-        QFETCH(QString, left);
         FRESH_DATABASE(database);
         Register pumps(database);
-        pumps.tx(2).setText(typed[0]);
-        pumps.tx(0).setText(typed[1]);
-        pumps.tx(1).setText(typed[2]);
+        for (const int box : {0, 1, 2})
+            pumps.tx(box).setText(typed[(box + 1) % 3]);
         pumps.tank.setCurrentIndex(tank);
         for (qsizetype i = 0; i < messages.size(); ++i)
-            pumps.station.messages.expect(MsgBoxResult::Yes);
+            pumps.station.messages.expect(answer);
         click(pumps.window, "Buttom_Mega1");
         const QStringList shown = pumps.station.boxes();
         QCOMPARE(shown.size(), messages.size());
         for (qsizetype i = 0; i < messages.size(); ++i)
             QVERIFY2(shown[i].startsWith(messages[i]), qPrintable(shown[i]));
-        QCOMPARE(pumps.pumps().join(u' '), left);
+        QTEST(pumps.pumps().join(u' '), "left");
         QCOMPARE(pumps.tx(0).text(), typed[1]);
-        if (messages.isEmpty())
-            QCOMPARE(focused(), u"tx_2"_s);
-        // A No to the same number, and a register without products.
-        pumps.tx(2).setText(u"012"_s);
-        pumps.tank.setCurrentIndex(0);
-        pumps.station.messages.expect(MsgBoxResult::No);
-        click(pumps.window, "Buttom_Mega1");
-        QVERIFY(pumps.station.boxes().first().startsWith(u"4 Já existe"_s));
-        QVERIFY(pumps.pumps().contains(u"12"_s));
+        QCOMPARE(focused(), messages.isEmpty() ? u"tx_2"_s : u"Buttom_Mega1"_s);
+        // A register without products.
         pumps.product.clear();
         pumps.tx(2).setText(u"99"_s);
         pumps.tx(1).setText(u"0"_s);
+        pumps.tank.setCurrentIndex(0);
         pumps.station.messages.expect();
         click(pumps.window, "Buttom_Mega1");
         QCOMPARE(pumps.station.boxes(), QStringList({u"0 É necessário inserir produto vinculado ao dispositivo"_s}));
@@ -208,16 +183,24 @@ private Q_SLOTS:
     {
         FRESH_DATABASE(database);
         Register pumps(database);
-        (void)pumps.station.statements();
-        clickEntry(pumps.list, 0);
         QCOMPARE(pumps.station.statements(),
-                 QStringList({u"open Select * from planilhaposto where numerodispositivo = 3;"_s,
-                              u"open Select * from CadProdComb where codprod = 7"_s}));
+                 QStringList({u"open Select * from CadProdComb order by Descritivo"_s, SelectPumps}));
+        QCOMPARE(entries(pumps.list), QStringList({u"00003 - BOMBA PÁTIO"_s, u"00012 - B12"_s, u"00150 - B150"_s}));
+        QCOMPARE(pumps.tank.count(), 6);
+        QCOMPARE(pumps.tank.itemText(5), u"TANQUE_6"_s);
+        QCOMPARE(focused(), u"tx_2"_s);
+        QCOMPARE(namelessControls(pumps.window), QStringList());
         const auto shown = [&] {
             return QStringList({pumps.tx(2).text(), pumps.tx(0).text(), pumps.tx(1).text(), pumps.tank.currentText(),
                                 pumps.product.currentText(), pumps.date.Value().toString(u"dd/MM/yyyy"_s)})
                 .join(u'|');
         };
+        // The first product is selected at once, with its description.
+        QVERIFY(shown().startsWith(u"|Etanol|||0000"_s) && shown().endsWith(u" - Etanol|14/03/2026"_s));
+        clickEntry(pumps.list, 0);
+        QCOMPARE(pumps.station.statements(),
+                 QStringList({u"open Select * from planilhaposto where numerodispositivo = 3;"_s,
+                              u"open Select * from CadProdComb where codprod = 7"_s}));
         QCOMPARE(shown(), u"3|Bomba pátio|1.000,00|TANQUE_2|00007 - Gasolina comum|28/02/2026"_s);
         // A pump whose product is gone, without tank and date.
         press(Qt::Key_Down);
@@ -229,6 +212,10 @@ private Q_SLOTS:
         pumps.station.script({u"DELETE FROM PlanilhaPosto WHERE numeroDispositivo = 3"_s});
         clickEntry(pumps.list, 0);
         QCOMPARE(pumps.tx(2).text(), u"150"_s);
+        // A product found by typing its code copies its description too.
+        pumps.product.setFocus(Qt::MouseFocusReason);
+        type(u"00007"_s);
+        QCOMPARE(pumps.tx(0).text(), u"Gasolina comum"_s);
     }
 
     void deleting_data()
@@ -240,14 +227,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("left");
         QTest::addColumn<QString>("items");
         for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
-            QTest::addRow("%s: 12 takes item 0 along", qPrintable(backEnd))
-                << backEnd << 1 << u"12"_s << true << u"3 150"_s << u"1 150"_s;
-            QTest::addRow("%s: 150 takes item 1 along", qPrintable(backEnd))
-                << backEnd << 2 << u"150"_s << true << u"3 12"_s << u"0 150"_s;
-            QTest::addRow("%s: another number in the box", qPrintable(backEnd))
-                << backEnd << 2 << u"3"_s << true << u"12 150"_s << u"0 150"_s;
-            QTest::addRow("%s: cancelled", qPrintable(backEnd))
-                << backEnd << 1 << u"12"_s << false << u"3 12 150"_s << u"0 1 150"_s;
+            const auto row = [&](const char* name, int entry, const char* number, bool confirm, const char* left,
+                                 const char* items) {
+                QTest::addRow("%s: %s", qPrintable(backEnd), name)
+                    << backEnd << entry << QString::fromLatin1(number) << confirm << QString::fromLatin1(left)
+                    << QString::fromLatin1(items);
+            };
+            row("12 takes item 0 along", 1, "12", true, "3 150", "1 150");
+            row("150 takes item 1 along", 2, "150", true, "3 12", "0 150");
+            row("another number in the box", 2, "3", true, "12 150", "0 150");
+            row("cancelled", 1, "12", false, "3 12 150", "0 1 150");
         }
     }
     void deleting()

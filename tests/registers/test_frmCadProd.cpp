@@ -66,28 +66,17 @@ class TestFrmCadProd : public QObject
 private Q_SLOTS:
     void initTestCase() { platform::prepareApplication(*qApp); }
 
-    void opening_data() { BothBackEnds::addRows(); }
-    void opening()
-    {
-        FRESH_DATABASE(database);
-        Register products(database);
-        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
-        QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s, u"00007 - Gasolina comum"_s}));
-        QCOMPARE(entries(control<QListWidget>(products.window, "List2")),
-                 QStringList({u"00007 - Gasolina comum"_s, u"00030 - Gasolina d'água"_s, u"00021 - Óleo diesel"_s}));
-        QVERIFY(!products.chooser.isVisible());
-        QCOMPARE(products.chooser.pos(), QPoint(8, 8) * products.window.logicalDpiX() / 96);
-        QCOMPARE(namelessControls(products.window), QStringList());
-    }
-
     void byKeyboard_data() { BothBackEnds::addRows(); }
     void byKeyboard()
     {
         FRESH_DATABASE(database);
         Register products(database);
-        (void)products.station.statements();
+        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
+        QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s, u"00007 - Gasolina comum"_s}));
+        QCOMPARE(namelessControls(products.window), QStringList());
         press(Qt::Key_Return); // on the button that opens the chooser
         QVERIFY(products.chooser.isVisible());
+        QCOMPARE(products.chooser.pos(), QPoint(8, 8) * products.window.logicalDpiX() / 96);
         press(Qt::Key_Escape);
         QVERIFY(!products.chooser.isVisible());
         QVERIFY(products.window.isVisible());
@@ -123,73 +112,51 @@ private Q_SLOTS:
         QCOMPARE(products.changed.count(), 1);
     }
 
-    void existing_data()
-    {
-        QTest::addColumn<QString>("backEnd");
-        QTest::addColumn<bool>("similar");
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QStringList>("rows");
-        const QStringList old{u"Gasolina comum|70|5|7"_s, u"Etanol|8|3.5|8"_s};
-        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
-            QTest::addRow("%s: no", qPrintable(backEnd)) << backEnd << false << false << old;
-            // The old codprod stays.
-            QTest::addRow("%s: yes", qPrintable(backEnd))
-                << backEnd << false << true << QStringList({u"Gasolina comum|70|6.5|9"_s, old[1]});
-            QTest::addRow("%s: one more of the description", qPrintable(backEnd))
-                << backEnd << true << false << QStringList({old[0], old[1], u"Gasolina comum|9|6.5|9"_s});
-        }
-    }
+    void existing_data() { BothBackEnds::addRows(); }
     void existing()
     {
-        QFETCH(bool, similar);
-        QFETCH(bool, yes);
         FRESH_DATABASE(database);
         Register products(database);
         clickEntry(products.list, 1);
         QCOMPARE(products.shown(), u"Gasolina comum|00007|5,000"_s);
         QCOMPARE(products.station.statements().last(), u"open Select * from cadprodcomb where codigoestoque = 7"_s);
-        products.code().setText(u"9"_s);
-        products.price().setText(u"6,5"_s);
-        control<QCheckBox>(products.window, "Check1").setChecked(similar);
-        if (!similar)
-            products.station.messages.expect(yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        const QString update =
+            u"exec UPDATE cadProdComb set descritivo = 'Gasolina comum', valor = '%1', codigoestoque = '9' where "
+            u"descritivo = 'Gasolina comum';"_s.arg(database.isMySql() ? u"6.5"_s : u"6,5"_s);
+        const auto save = [&](MsgBoxResult answer) {
+            products.code().setText(u"9"_s);
+            products.price().setText(u"6,5"_s);
+            products.station.messages.expect(answer);
+            click(products.window, "Buttom_Mega1");
+            QCOMPARE(products.station.boxes(), QStringList({u"4 Aplicar as alterações para Gasolina comum"_s}));
+            QCOMPARE(products.station.statements().contains(update), answer == MsgBoxResult::Yes);
+            QCOMPARE(focused(), u"Text2"_s);
+        };
+        save(MsgBoxResult::No);
+        QCOMPARE(products.products().first(), u"Gasolina comum|70|5|7"_s);
+        save(MsgBoxResult::Yes);
+        const QStringList updated{u"Gasolina comum|70|6.5|9"_s, u"Etanol|8|3.5|8"_s}; // the old codprod stays
+        QCOMPARE(products.products(), updated);
+        // One more of the description, without a question.
+        control<QCheckBox>(products.window, "Check1").setChecked(true);
+        products.price().setText(u"7"_s);
         click(products.window, "Buttom_Mega1");
-        QCOMPARE(products.station.boxes(),
-                 similar ? QStringList() : QStringList({u"4 Aplicar as alterações para Gasolina comum"_s}));
-        const QString price = database.isMySql() ? u"6.5"_s : u"6,5"_s;
-        const QString update = u"exec UPDATE cadProdComb set descritivo = 'Gasolina comum', valor = '"_s + price +
-                               u"', codigoestoque = '9' where descritivo = 'Gasolina comum';"_s;
-        QCOMPARE(products.station.statements().contains(update), yes);
-        QTEST(products.products(), "rows");
-        QCOMPARE(focused(), u"Text2"_s);
-    }
+        QCOMPARE(products.products(), updated + QStringList{u"Gasolina comum|9|7|9"_s});
 
-    void refused_data()
-    {
-        QTest::addColumn<QString>("backEnd");
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("price");
-        QTest::addColumn<QString>("focus");
-        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
-            QTest::addRow("%s: price first", qPrintable(backEnd)) << backEnd << u"x"_s << u""_s << u"Text2"_s;
-            QTest::addRow("%s: no code", qPrintable(backEnd)) << backEnd << u"x"_s << u"0"_s << u"Text1"_s;
-            QTest::addRow("%s: code zero", qPrintable(backEnd)) << backEnd << u"00000"_s << u"0"_s << u"Text1"_s;
-            QTest::addRow("%s: price zero", qPrintable(backEnd)) << backEnd << u"7"_s << u"0,000"_s << u"Text2"_s;
-        }
-    }
-    void refused()
-    {
-        QFETCH(QString, code);
-        QFETCH(QString, price);
-        FRESH_DATABASE(database);
-        Register products(database);
-        products.code().setText(code);
-        products.price().setText(price);
+        // What is refused moves the focus and nothing else.
+        const QStringList cases[] = {{u"x"_s, u""_s, u"Text2"_s},
+                                     {u"x"_s, u"0"_s, u"Text1"_s},
+                                     {u"00000"_s, u"0"_s, u"Text1"_s},
+                                     {u"7"_s, u"0,000"_s, u"Text2"_s}};
         (void)products.station.statements();
-        click(products.window, "Buttom_Mega1");
-        QTEST(focused(), "focus");
+        for (const QStringList& one : cases) {
+            products.code().setText(one[0]);
+            products.price().setText(one[1]);
+            click(products.window, "Buttom_Mega1");
+            QCOMPARE(focused(), one[2]);
+            QCOMPARE(products.price().text(), one[1]);
+        }
         QCOMPARE(products.station.statements(), QStringList());
-        QCOMPARE(products.price().text(), price);
     }
 
     void apostropheAndGoneItem_data() { BothBackEnds::addRows(); }
@@ -213,6 +180,21 @@ private Q_SLOTS:
         (void)products.station.statements();
         press(Qt::Key_Delete); // nothing is selected: nothing is asked
         QCOMPARE(products.station.statements(), QStringList());
+    }
+
+    void longDescription_data() { BothBackEnds::addRows(); }
+    void longDescription()
+    {
+        FRESH_DATABASE(database);
+        Register products(database);
+        const QString description = u"ação"_s.repeated(63) + u"çãé"_s; // 255 characters
+        products.station.script({u"UPDATE Estoque SET Discriminacao = '"_s + description + u"' WHERE codigo = 7"_s});
+        click(products.window, "Command1");
+        products.pick(0);
+        click(products.window, "Buttom_Mega1");
+        QCOMPARE(products.products().last(), description + u"|7|5.499|7"_s);
+        clickEntry(products.list, 0);
+        QVERIFY(products.shown().startsWith(description));
     }
 
     void deleting_data() { BothBackEnds::addRows(); }

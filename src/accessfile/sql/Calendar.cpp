@@ -1,9 +1,10 @@
 #include "accessfile/sql/Calendar.h"
 
+#include "accessfile/LocalTime.h"
+
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <ctime>
 
 namespace accessfile::sql {
 
@@ -12,27 +13,13 @@ namespace {
 constexpr double firstDay = -657434; ///< 0100-01-01
 constexpr double lastDay = 2958465;  ///< 9999-12-31
 constexpr double secondsPerDay = 86400;
+constexpr std::chrono::sys_days origin =
+    std::chrono::year_month_day(std::chrono::year(1899), std::chrono::December, std::chrono::day(30));
 
-std::tm localTime()
+int currentYear()
 {
-    const std::time_t seconds = std::time(nullptr);
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &seconds);
-#else
-    localtime_r(&seconds, &local);
-#endif
-    return local;
-}
-
-double timeFraction(const std::tm& local)
-{
-    return (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) / secondsPerDay;
-}
-
-double dayOf(const std::tm& local)
-{
-    return dayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday).value_or(0);
+    const std::chrono::sys_days day = origin + std::chrono::days(static_cast<int>(std::floor(localTime())));
+    return static_cast<int>(std::chrono::year_month_day(day).year());
 }
 
 class Reader
@@ -119,7 +106,7 @@ std::optional<double> readDate(Reader& reader, char separator, int first, int fi
     if (!second)
         return std::nullopt;
     if (!reader.take(separator)) {
-        const int year = localTime().tm_year + 1900;
+        const int year = currentYear();
         const std::optional<double> monthFirst = dayNumber(year, first, *second);
         return monthFirst ? monthFirst : dayNumber(year, *second, first);
     }
@@ -143,8 +130,6 @@ std::optional<double> dayNumber(int year, int month, int day)
                                            std::chrono::day(static_cast<unsigned>(day))};
     if (day > 31 || !date.ok())
         return std::nullopt;
-    constexpr std::chrono::sys_days origin =
-        std::chrono::year_month_day(std::chrono::year(1899), std::chrono::December, std::chrono::day(30));
     return static_cast<double>((std::chrono::sys_days(date) - origin).count());
 }
 
@@ -203,18 +188,18 @@ std::optional<DateTime> wholeSeconds(double serial)
 
 DateTime now()
 {
-    const std::tm local = localTime();
-    return DateTime{dayOf(local) + timeFraction(local)};
+    return DateTime{localSecond()};
 }
 
 DateTime today()
 {
-    return DateTime{dayOf(localTime())};
+    return DateTime{std::floor(localSecond())};
 }
 
 DateTime timeOfDay()
 {
-    return DateTime{timeFraction(localTime())};
+    const double moment = localSecond();
+    return DateTime{moment - std::floor(moment)};
 }
 
 } // namespace accessfile::sql

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace endurance {
+
+/// A small station that can be put back to its beginning, and looked at from outside, while nobody of this process has
+/// it open.
+class FaultStation
+{
+public:
+    explicit FaultStation(bool isMySql);
+
+    /// Everything as it was at first.
+    void restore() const;
+    /// What the tables hold, one line a row; keys that the database gives are left out.
+    [[nodiscard]] QStringList contents() const;
+    [[nodiscard]] bool isMySql() const { return m_isMySql; }
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+    /// Access: the file. MySQL: the database's name.
+    [[nodiscard]] const QString& database() const { return m_database; }
+
+private:
+    bool m_isMySql;
+    QTemporaryDir m_folder;
+    QString m_template;
+    QString m_database;
+    QString m_restoring;
+};
+
+} // namespace endurance

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace endurance {
+
+/// Names of what an operator may be doing when something fails: closing a sheet, and every register's save.
+[[nodiscard]] QStringList scenarioNames();
+
+/// Whether a child process is asked for: "--child SCENARIO FOLDER FIFO". It runs the scenario through the real windows,
+/// tracing its statements, and no others, to the named pipe, which it stands still at before each. "start" starts the
+/// whole program and closes it again.
+[[nodiscard]] bool isChild(const QStringList& arguments);
+/// Runs the child and returns its exit code; prints each box that was shown.
+[[nodiscard]] int runChild(const QStringList& arguments);
+
+} // namespace endurance

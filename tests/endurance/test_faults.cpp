@@ -1,0 +1,243 @@
+// What goes wrong around the program, at every statement of a closing and of every register's save: the process is
+// killed, the server stops, restarts or becomes slow, the disk is full, the file is removed or read-only. Afterwards
+// the database holds exactly what stood there before the statement that failed, and the program starts again.
+//
+// Real processes, real windows. PLANILHA_ENDURANCE=full tries everything; else the closing alone, at fewer places.
+
+#include "FaultStation.h"
+#include "Scenarios.h"
+#include "StatementGate.h"
+
+#include "platform/ui/Application.h"
+#include "support/BothBackEnds.h"
+#include "support/MariaDbServer.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QTest>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+using endurance::FaultStation;
+using endurance::StatementGate;
+
+namespace {
+
+constexpr unsigned Nobody = 65534;
+
+bool isFull()
+{
+    return qEnvironmentVariable("PLANILHA_ENDURANCE") == u"full";
+}
+
+support::MariaDbServer& server()
+{
+    return support::MariaDbServer::shared();
+}
+
+/// Contents before each statement of an undisturbed run, and behind the last one.
+QList<QStringList> undisturbed(const FaultStation& station, const QString& scenario)
+{
+    QList<QStringList> contents;
+    station.restore();
+    StatementGate child(scenario, station.folder());
+    while (child.standsStill()) {
+        contents << station.contents();
+        child.letThrough();
+    }
+    contents << station.contents();
+    return contents;
+}
+
+} // namespace
+
+class TestFaults : public QObject
+{
+    Q_OBJECT
+
+private:
+    int m_tried = 0;
+    int m_survived = 0;
+
+    /// The program comes up on the station, and that changes nothing.
+    static bool startsAgain(const FaultStation& station)
+    {
+        const QStringList before = station.contents();
+        StatementGate child(QStringLiteral("start"), station.folder());
+        const bool ended = child.runToTheEnd();
+        return ended && child.exitCode() == 0 && child.boxes().isEmpty() && station.contents() == before;
+    }
+
+    static void addScenarios()
+    {
+        QTest::addColumn<QString>("backEnd");
+        QTest::addColumn<QString>("scenario");
+        for (const QString& backEnd : {QStringLiteral("access"), QStringLiteral("mysql")}) {
+            for (const QString& scenario : endurance::scenarioNames()) {
+                if (isFull() || scenario == u"closing")
+                    QTest::addRow("%s %s", qPrintable(backEnd), qPrintable(scenario)) << backEnd << scenario;
+            }
+        }
+    }
+
+    struct Fault
+    {
+        QString name;
+        std::function<void(StatementGate&)> strike; ///< While the child stands before the statement.
+        std::function<void()> repair;               ///< When the child has ended.
+        bool passes = false;                        ///< The statement is delayed only: all of it is done in the end.
+        int stride = 1;                             ///< In a short run only every n-th statement.
+    };
+
+    void strikeEverywhere(const FaultStation& station, const QString& scenario, const QList<QStringList>& contents,
+                          const Fault& fault)
+    {
+        const auto statements = static_cast<int>(contents.size()) - 1;
+        for (int statement = 1; statement <= statements; ++statement) {
+            if (!isFull() && statement % fault.stride != fault.stride - 1 && fault.stride > 1)
+                continue;
+            const QString where = QStringLiteral("%1, %2, statement %3").arg(scenario, fault.name).arg(statement);
+            station.restore();
+            ++m_tried;
+            StatementGate child(scenario, station.folder());
+            for (int before = 1; before < statement; ++before) {
+                QVERIFY2(child.standsStill(), qPrintable(where));
+                child.letThrough();
+            }
+            QVERIFY2(child.standsStill(), qPrintable(where));
+            fault.strike(child);
+            QVERIFY2(child.runToTheEnd() || fault.name == u"killed", qPrintable(where));
+            fault.repair();
+            const QStringList& expected = fault.passes ? contents.last() : contents[statement - 1];
+            QVERIFY2(station.contents() == expected,
+                     qPrintable(where + QStringLiteral("\nthere:\n") + station.contents().join(u'\n') +
+                                QStringLiteral("\nexpected:\n") + expected.join(u'\n')));
+            // Every failure of a statement is told; a killed process and a slow server tell nothing.
+            QVERIFY2(startsAgain(station), qPrintable(where + QStringLiteral(": the program does not start again")));
+            ++m_survived;
+        }
+    }
+
+private Q_SLOTS:
+    void everyStatement_data() { addScenarios(); }
+    void everyStatement()
+    {
+        QFETCH(QString, backEnd);
+        QFETCH(QString, scenario);
+        if (const QString missing = support::BothBackEnds::missing(backEnd); !missing.isEmpty())
+            QSKIP(qPrintable(missing));
+        const FaultStation station(backEnd == u"mysql");
+        const QList<QStringList> contents = undisturbed(station, scenario);
+        QVERIFY(contents.size() > 2);
+        QVERIFY(contents.first() != contents.last()); // The scenario has saved something.
+
+        const auto nothing = [] {};
+        QList<Fault> faults{{QStringLiteral("killed"), [](StatementGate& child) { child.kill(); }, nothing, false, 3}};
+        if (station.isMySql()) {
+            faults << Fault{QStringLiteral("server killed"), [](StatementGate&) { server().kill(); },
+                            [] { server().start(); }, false, 6};
+            faults << Fault{QStringLiteral("server restarted"), [](StatementGate&) { server().restart(); }, nothing,
+                            false, 8};
+            const auto mute = [](StatementGate&) {
+                server().pause();
+                std::thread([] {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+                    server().resume();
+                }).detach();
+            };
+            faults << Fault{QStringLiteral("server slow"), mute, nothing, true, 5};
+        } else {
+            const auto full = [](rlim_t bytes) {
+                return [bytes](StatementGate& child) {
+                    const rlimit limit{bytes, bytes};
+                    ::prlimit(static_cast<pid_t>(child.pid()), RLIMIT_FSIZE, &limit, nullptr);
+                };
+            };
+            faults << Fault{QStringLiteral("disk full"), full(0), nothing, false, 4};
+            faults << Fault{QStringLiteral("disk full in the journal"), full(3000), nothing, false, 5};
+            // The open file lives on without its name; kept under another one, it is looked at afterwards.
+            const QByteArray name = QFile::encodeName(station.database());
+            const QByteArray other = name + ".other";
+            faults << Fault{QStringLiteral("file removed"),
+                            [=](StatementGate&) {
+                                ::link(name.constData(), other.constData());
+                                ::unlink(name.constData());
+                            },
+                            [=] { ::rename(other.constData(), name.constData()); }, true, 5};
+        }
+        for (const Fault& fault : std::as_const(faults)) {
+            strikeEverywhere(station, scenario, contents, fault);
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
+
+    void missingFile()
+    {
+        const FaultStation station(false);
+        ++m_tried;
+        StatementGate child(QStringLiteral("start"), station.folder()); // Never copied to its place.
+        QVERIFY(child.runToTheEnd());
+        QCOMPARE(child.exitCode(), 1);
+        QVERIFY(child.boxes().startsWith(QStringLiteral("box: Erro em tempo de execução '")));
+        station.restore();
+        QVERIFY(startsAgain(station));
+        ++m_survived;
+    }
+
+    void readOnly_data() { addScenarios(); }
+    void readOnly()
+    {
+        QFETCH(QString, backEnd);
+        QFETCH(QString, scenario);
+        if (backEnd != u"access")
+            QSKIP("a server's files are its own");
+        const FaultStation station(false);
+        station.restore();
+        const QStringList before = station.contents();
+        const QByteArray file = QFile::encodeName(station.database());
+        const QByteArray folder = QFile::encodeName(station.folder());
+        ++m_tried;
+        ::chmod(file.constData(), 0444);
+        ::chmod(folder.constData(), 0555);
+        {
+            // The superuser may write everywhere: the child is somebody else then.
+            StatementGate child(scenario, station.folder(), ::geteuid() == 0 ? Nobody : 0);
+            const bool ended = child.runToTheEnd();
+            ::chmod(folder.constData(), 0755);
+            ::chmod(file.constData(), 0644);
+            if (child.exitCode() == 99 || (::geteuid() == 0 && !ended))
+                QSKIP("this process cannot run as somebody else");
+            QVERIFY(ended);
+            QVERIFY2(child.boxes().contains(QStringLiteral("Erro em tempo de execução")), qPrintable(child.boxes()));
+        }
+        QCOMPARE(station.contents(), before);
+        QVERIFY(startsAgain(station));
+        ++m_survived;
+    }
+
+    void cleanupTestCase()
+    {
+        qInfo("faults tried: %d, survived: %d", m_tried, m_survived);
+        QCOMPARE(m_survived, m_tried);
+    }
+};
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    platform::prepareApplication(application);
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (endurance::isChild(QApplication::arguments()))
+        return endurance::runChild(QApplication::arguments());
+    TestFaults test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_faults.moc"

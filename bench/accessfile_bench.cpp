@@ -325,22 +325,29 @@ public:
             const std::size_t slash = name.find('/');
             const std::string subject = name.substr(0, slash);
             const std::string side = name.substr(slash + 1, name.find('/', slash + 1) - slash - 1);
-            m_times[subject][side] = run.GetAdjustedRealTime();
+            m_times[subject][side] = {run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
         }
         ConsoleReporter::ReportRuns(runs);
     }
     void printRatios() const
     {
-        std::printf("\n%-28s %12s\n", "", "engine/SQLite");
+        std::printf("\n%-28s %8s %8s\n", "engine/SQLite", "time", "CPU");
         for (const auto& [subject, sides] : m_times) {
-            if (sides.size() == 2)
-                std::printf("%-28s %12.2f\n", subject.c_str(),
-                            sides.at(EngineStore::label) / sides.at(SqliteStore::label));
+            if (sides.size() != 2)
+                continue;
+            const Times& engine = sides.at(EngineStore::label);
+            const Times& sqlite = sides.at(SqliteStore::label);
+            std::printf("%-28s %8.2f %8.2f\n", subject.c_str(), engine.real / sqlite.real, engine.cpu / sqlite.cpu);
         }
     }
 
 private:
-    std::map<std::string, std::map<std::string, double>> m_times;
+    struct Times
+    {
+        double real = 0;
+        double cpu = 0;
+    };
+    std::map<std::string, std::map<std::string, Times>> m_times;
 };
 
 template <typename Body>

@@ -14,7 +14,6 @@ namespace bench {
 
 /// Runs one piece of work and returns its milliseconds.
 [[nodiscard]] double millisecondsOf(const std::function<void()>& work);
-[[nodiscard]] double median(std::vector<double> values);
 
 /// Resident memory of this process in bytes, freed heap pages given back first.
 [[nodiscard]] qint64 residentBytes();
@@ -26,14 +25,22 @@ void forgetPeak();
 /// of its fields is looked at.
 void replay(const QStringList& trace, ado::Connection& connection);
 
+/// Milliseconds of the turns of one piece of work.
+struct Times
+{
+    double median = -1; ///< -1 where nothing was measured.
+    double best = -1;
+};
+[[nodiscard]] Times timesOf(std::vector<double> milliseconds);
+
 /// One line of the table.
 struct Figure
 {
     QString name;
     int rows = 0;      ///< Rows shown; 0 where there are none to speak of.
-    double window = 0; ///< Median milliseconds through the window.
-    double bare = -1;  ///< Median milliseconds of the same statements alone; -1 without any.
-    double budget = 0; ///< Largest allowed ratio; 0 for none.
+    Times window;      ///< Through the window.
+    Times bare;        ///< The same statements alone, where there are any.
+    double budget = 0; ///< Largest allowed ratio, unless all is done within a frame of 16 ms; 0 for none.
     double peak = 0;   ///< Megabytes above what was resident before, at the highest point.
     QString remark;
 };
@@ -42,7 +49,8 @@ struct Figure
 [[nodiscard]] Figure compare(const QString& name, int turns, const std::function<void()>& window,
                              const std::function<void()>& bare = {});
 
-/// Prints the figures of one back end as a Markdown table; false when a budget is missed.
+/// Prints the figures of one back end as a Markdown table; false when a budget is missed. It is missed when both the
+/// medians and the best turns say so: other processes of the machine can only add time.
 bool print(const QString& title, const std::vector<Figure>& figures);
 
 } // namespace bench

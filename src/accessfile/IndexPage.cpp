@@ -11,6 +11,21 @@ constexpr std::size_t bitmapAt = 27;
 constexpr std::size_t bitmapLength = 453;
 constexpr std::size_t entriesAt = 480;
 
+PageNumber childAt(const std::uint8_t* at)
+{
+    return static_cast<PageNumber>(at[0]) << 24 | static_cast<PageNumber>(at[1]) << 16 |
+           static_cast<PageNumber>(at[2]) << 8 | at[3];
+}
+
+/// Marks where entries end, and what is left free.
+void storeEnds(PageBytes& page, std::span<const std::uint16_t> ends)
+{
+    std::fill_n(page.begin() + bitmapAt, bitmapLength, std::uint8_t{0});
+    for (const std::uint16_t end : ends)
+        page[bitmapAt + end / 8U] = static_cast<std::uint8_t>(page[bitmapAt + end / 8U] | 1U << (end % 8U));
+    store16(page.data() + 2, indexEntryArea - (ends.empty() ? 0U : ends.back()));
+}
+
 } // namespace
 
 void EntryList::insert(std::size_t index, ByteView entry)
@@ -132,9 +147,7 @@ PageNumber IndexPage::child(std::size_t index) const
     if (index >= entries.size())
         return tail;
     const ByteView entry = entries[index];
-    const std::uint8_t* at = entry.data() + entry.size() - childBytes;
-    return static_cast<PageNumber>(at[0]) << 24 | static_cast<PageNumber>(at[1]) << 16 |
-           static_cast<PageNumber>(at[2]) << 8 | at[3];
+    return childAt(entry.data() + entry.size() - childBytes);
 }
 
 ByteView IndexPage::leafPart(std::size_t index) const
@@ -155,6 +168,122 @@ std::size_t IndexPage::lowerBound(ByteView entry) const
             high = middle;
     }
     return low;
+}
+
+IndexPageView::IndexPageView(const PageBytes& page)
+    : m_page(&page)
+    , m_leaf(isType(page, PageType::IndexLeaf))
+    , m_prefix(load16(page.data() + 24))
+{
+    if (!m_leaf && !isType(page, PageType::IndexNode))
+        throwDamaged("página de índice");
+    const std::size_t least = m_leaf ? rowBytes + 1 : rowBytes + childBytes + 1;
+    m_ends.reserve(512);
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < bitmapLength; i += 8) {
+        // The last word reaches into the entries.
+        std::uint64_t word = load64(page.data() + bitmapAt + i);
+        if (i + 8 > bitmapLength)
+            word &= (std::uint64_t{1} << (bitmapLength - i) * 8) - 1;
+        for (; word != 0; word &= word - 1) {
+            const std::size_t end = i * 8 + static_cast<unsigned>(std::countr_zero(word));
+            const std::size_t shared = m_ends.empty() ? 0 : m_prefix;
+            const std::size_t length = end - from + shared;
+            if (end <= from || end > indexEntryArea || length < least || length > indexEntryArea)
+                throwDamaged("registro de índice");
+            m_ends.push_back(static_cast<std::uint16_t>(end));
+            from = end;
+        }
+    }
+    if (!m_ends.empty() && m_prefix > m_ends.front())
+        throwDamaged("registro de índice");
+    m_bounds = m_ends.size();
+    if (m_leaf)
+        return;
+    m_tail = load32(page.data() + 20);
+    if (m_tail == 0) {
+        if (m_ends.empty())
+            throwDamaged("página de índice");
+        m_tail = storedChild(--m_bounds);
+    }
+}
+
+void IndexPageView::entry(std::size_t index, Bytes& to) const
+{
+    const std::uint8_t* area = m_page->data() + entriesAt;
+    to.clear();
+    if (index > 0)
+        to.insert(to.end(), area, area + m_prefix);
+    to.insert(to.end(), area + start(index), area + m_ends[index]);
+}
+
+PageNumber IndexPageView::storedChild(std::size_t index) const
+{
+    Bytes whole;
+    entry(index, whole);
+    return childAt(whole.data() + whole.size() - childBytes);
+}
+
+PageNumber IndexPageView::child(std::size_t index) const
+{
+    return index >= m_bounds ? m_tail : storedChild(index);
+}
+
+std::size_t IndexPageView::lowerBound(ByteView leafEntry) const
+{
+    Bytes whole;
+    whole.reserve(64);
+    std::size_t low = 0;
+    std::size_t high = m_bounds;
+    while (low < high) {
+        const std::size_t middle = (low + high) / 2;
+        entry(middle, whole);
+        if (compareEntries(ByteView(whole).first(whole.size() - (m_leaf ? 0 : childBytes)), leafEntry) < 0)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+bool IndexPageView::insert(PageBytes& page, std::size_t index, ByteView entry) const
+{
+    const std::uint8_t* area = m_page->data() + entriesAt;
+    // The first entry stands whole, and the others leave out what they share with it.
+    if ((index == 0 && m_prefix > 0) || entry.size() <= m_prefix || !std::equal(area, area + m_prefix, entry.begin()))
+        return false;
+    const ByteView stored = entry.subspan(m_prefix);
+    const std::size_t used = m_ends.empty() ? 0 : m_ends.back();
+    if (used + stored.size() > indexEntryArea)
+        return false;
+    const std::size_t at = start(index);
+    std::vector<std::uint16_t> ends = m_ends;
+    ends.insert(ends.begin() + static_cast<std::ptrdiff_t>(index), static_cast<std::uint16_t>(at));
+    for (std::size_t i = index; i < ends.size(); ++i)
+        ends[i] = static_cast<std::uint16_t>(ends[i] + stored.size());
+    std::uint8_t* to = page.data() + entriesAt;
+    std::memmove(to + at + stored.size(), to + at, used - at);
+    std::copy(stored.begin(), stored.end(), to + at);
+    storeEnds(page, ends);
+    return true;
+}
+
+bool IndexPageView::erase(PageBytes& page, std::size_t index) const
+{
+    if (m_prefix > 0 && (index == 0 || size() <= 2))
+        return false;
+    std::vector<std::uint16_t> ends = m_ends;
+    const std::size_t at = start(index);
+    const std::size_t length = m_ends[index] - at;
+    const std::size_t used = m_ends.back();
+    ends.erase(ends.begin() + static_cast<std::ptrdiff_t>(index));
+    for (std::size_t i = index; i < ends.size(); ++i)
+        ends[i] = static_cast<std::uint16_t>(ends[i] - length);
+    std::uint8_t* to = page.data() + entriesAt;
+    std::memmove(to + at, to + at + length, used - at - length);
+    std::fill_n(to + used - length, length, std::uint8_t{0});
+    storeEnds(page, ends);
+    return true;
 }
 
 Bytes makeEntry(ByteView key, RowId row)

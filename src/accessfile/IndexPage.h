@@ -7,6 +7,8 @@
 namespace accessfile {
 
 inline constexpr std::size_t indexEntryArea = 3616;
+inline constexpr std::size_t rowBytes = 4;
+inline constexpr std::size_t childBytes = 4;
 
 /// Entries of an index page, complete, one behind the other in one buffer.
 class EntryList
@@ -55,8 +57,40 @@ struct IndexPage
     [[nodiscard]] ByteView leafPart(std::size_t index) const;
 };
 
-inline constexpr std::size_t rowBytes = 4;
-inline constexpr std::size_t childBytes = 4;
+/// An index page where it lies: searched, and changed where the change is a simple one, without taking it apart.
+class IndexPageView
+{
+public:
+    /// Raises Damaged as IndexPage::read does. The page must outlive the view.
+    explicit IndexPageView(const PageBytes& page);
+
+    [[nodiscard]] bool isLeaf() const { return m_leaf; }
+    [[nodiscard]] std::uint32_t owner() const { return load32(m_page->data() + 4); }
+    [[nodiscard]] PageNumber next() const { return load32(m_page->data() + 16); }
+    [[nodiscard]] std::size_t size() const { return m_ends.size(); }
+    /// Puts the whole entry into `to`.
+    void entry(std::size_t index, Bytes& to) const;
+    /// First entry not before `leafEntry`; in a node, the child to take.
+    [[nodiscard]] std::size_t lowerBound(ByteView leafEntry) const;
+    [[nodiscard]] PageNumber child(std::size_t index) const;
+
+    /// Puts an entry before that at `index` of a leaf, `page` being the one of the view or a copy of it; false, and
+    /// nothing changed, when the page must be composed anew.
+    [[nodiscard]] bool insert(PageBytes& page, std::size_t index, ByteView entry) const;
+    /// Takes an entry out of a leaf; false as above.
+    [[nodiscard]] bool erase(PageBytes& page, std::size_t index) const;
+
+private:
+    [[nodiscard]] std::size_t start(std::size_t index) const { return index == 0 ? 0 : m_ends[index - 1]; }
+    [[nodiscard]] PageNumber storedChild(std::size_t index) const;
+
+    const PageBytes* m_page;
+    bool m_leaf = true;
+    std::size_t m_prefix = 0;
+    std::size_t m_bounds = 0; ///< Entries that are searched; a node's last child needs none.
+    PageNumber m_tail = 0;
+    std::vector<std::uint16_t> m_ends; ///< Of entries, in the entry area.
+};
 
 [[nodiscard]] Bytes makeEntry(ByteView key, RowId row);
 [[nodiscard]] inline ByteView keyOf(ByteView leafEntry)

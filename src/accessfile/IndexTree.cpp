@@ -25,18 +25,21 @@ Bytes copyOf(ByteView bytes)
 
 std::optional<ByteView> IndexPosition::entry()
 {
-    while (m_index >= m_leaf.entries.size()) {
-        if (m_leaf.next == 0)
+    while (m_index >= m_leaf.size()) {
+        if (m_leaf.next() == 0)
             return std::nullopt;
         if (++m_leavesSeen > m_pager.pageCount())
             throwDamaged("cadeia de páginas de um índice");
-        const std::uint32_t owner = m_leaf.owner;
-        m_leaf = IndexPage::read(*m_pager.page(m_leaf.next));
-        if (!m_leaf.leaf || m_leaf.owner != owner)
+        PagePointer following = m_pager.page(m_leaf.next());
+        IndexPageView leaf(*following);
+        if (!leaf.isLeaf() || leaf.owner() != m_leaf.owner())
             throwDamaged("cadeia de páginas de um índice");
+        m_page = std::move(following);
+        m_leaf = std::move(leaf);
         m_index = 0;
     }
-    return m_leaf.entries[m_index];
+    m_leaf.entry(m_index, m_entry);
+    return m_entry;
 }
 
 IndexPage IndexTree::load(PageNumber number) const
@@ -85,12 +88,28 @@ std::vector<IndexTree::Step> IndexTree::descend(ByteView entry) const
     }
 }
 
+IndexTree::Leaf IndexTree::leafFor(ByteView entry) const
+{
+    PageNumber number = m_root;
+    for (std::size_t depth = 0; depth < deepest; ++depth) {
+        PagePointer page = m_context.pager.page(number);
+        IndexPageView view(*page);
+        if (view.owner() != m_owner)
+            throwDamaged("página de índice de outra tabela");
+        if (view.isLeaf())
+            return {number, std::move(page), std::move(view)};
+        number = view.child(view.lowerBound(entry));
+    }
+    throwDamaged("índice fundo demais");
+}
+
 IndexPosition IndexTree::find(ByteView key) const
 {
-    std::vector<Step> path = descend(makeEntry(key, {}));
-    IndexPosition position(m_context.pager);
-    position.m_leaf = std::move(path.back().page);
-    position.m_index = path.back().index;
+    const Bytes entry = makeEntry(key, {});
+    Leaf leaf = leafFor(entry);
+    const std::size_t index = leaf.view.lowerBound(entry);
+    IndexPosition position(m_context.pager, std::move(leaf.page), std::move(leaf.view));
+    position.m_index = index;
     return position;
 }
 
@@ -111,14 +130,26 @@ std::optional<RowId> IndexTree::rowWithKey(ByteView key, std::optional<RowId> ex
 bool IndexTree::insert(ByteView key, RowId row)
 {
     const Bytes entry = makeEntry(key, row);
+    const auto [number, page, view] = leafFor(entry);
+    const std::size_t index = view.lowerBound(entry);
+    bool known = false;
+    Bytes neighbour;
+    if (index < view.size()) {
+        view.entry(index, neighbour);
+        if (compareEntries(neighbour, entry) == 0)
+            throwDamaged("índice com um registro repetido");
+        known = compareKeys(keyOf(neighbour), key) == 0;
+    }
+    if (index > 0 && !known) {
+        view.entry(index - 1, neighbour);
+        known = compareKeys(keyOf(neighbour), key) == 0;
+    }
+    if (view.insert(m_context.pager.modify(number), index, entry))
+        return !known;
+    // The page is full, or what its entries share changes.
     std::vector<Step> path = descend(entry);
     Step& leaf = path.back();
-    EntryList& entries = leaf.page.entries;
-    if (leaf.index < entries.size() && compareEntries(entries[leaf.index], entry) == 0)
-        throwDamaged("índice com um registro repetido");
-    const bool known = (leaf.index > 0 && compareKeys(keyOf(entries[leaf.index - 1]), key) == 0) ||
-                       (leaf.index < entries.size() && compareKeys(keyOf(entries[leaf.index]), key) == 0);
-    entries.insert(leaf.index, entry);
+    leaf.page.entries.insert(leaf.index, entry);
     if (leaf.page.fits())
         save(leaf.number, leaf.page);
     else
@@ -241,10 +272,17 @@ void IndexTree::linkChildren(const IndexPage& parent)
 void IndexTree::erase(ByteView key, RowId row)
 {
     const Bytes entry = makeEntry(key, row);
+    const auto [number, page, view] = leafFor(entry);
+    const std::size_t index = view.lowerBound(entry);
+    Bytes found;
+    if (index < view.size())
+        view.entry(index, found);
+    if (found.empty() || compareEntries(found, entry) != 0)
+        throwDamaged("índice sem o registro que deveria ter");
+    if (view.size() > 1 && view.erase(m_context.pager.modify(number), index))
+        return;
     std::vector<Step> path = descend(entry);
     Step& leaf = path.back();
-    if (leaf.index >= leaf.page.entries.size() || compareEntries(leaf.page.entries[leaf.index], entry) != 0)
-        throwDamaged("índice sem o registro que deveria ter");
     leaf.page.entries.erase(leaf.index);
     if (!leaf.page.entries.empty() || path.size() == 1)
         save(leaf.number, leaf.page);
@@ -258,9 +296,8 @@ void IndexTree::removeLeaf(std::vector<Step>& path)
     Step& parent = path[path.size() - 2];
     if (parent.page.entries.size() < (path.size() == 2 ? 1U : 2U)) {
         // A node may not end with a lone child: rare enough to build the whole index anew.
-        std::vector<Bytes> entries = collect();
-        std::erase_if(entries, [](const Bytes& each) { return each.empty(); });
         save(leaf.number, leaf.page);
+        std::vector<Bytes> entries = collect();
         rebuild(std::move(entries));
         return;
     }
@@ -300,16 +337,7 @@ void IndexTree::removeLeaf(std::vector<Step>& path)
 std::vector<Bytes> IndexTree::collect() const
 {
     std::vector<Bytes> entries;
-    PageNumber number = m_root;
-    IndexPosition position(m_context.pager);
-    for (std::size_t depth = 0;; ++depth) {
-        if (depth >= deepest)
-            throwDamaged("índice fundo demais");
-        position.m_leaf = load(number);
-        if (position.m_leaf.leaf)
-            break;
-        number = position.m_leaf.child(0);
-    }
+    IndexPosition position = find({});
     while (const auto entry = position.entry()) {
         entries.push_back(copyOf(*entry));
         position.advance();

@@ -12,17 +12,21 @@ namespace accessfile {
 class IndexPosition
 {
 public:
-    /// Entry at this place, moving over empty leaves; nullopt at the end.
+    /// Entry at this place, moving over empty leaves; nullopt at the end. Valid until the next call.
     [[nodiscard]] std::optional<ByteView> entry();
     void advance() { ++m_index; }
 
 private:
     friend class IndexTree;
-    explicit IndexPosition(const Pager& pager)
+    IndexPosition(const Pager& pager, PagePointer page, IndexPageView leaf)
         : m_pager(pager)
+        , m_page(std::move(page))
+        , m_leaf(std::move(leaf))
     {}
     const Pager& m_pager;
-    IndexPage m_leaf;
+    PagePointer m_page;
+    IndexPageView m_leaf;
+    Bytes m_entry;
     std::size_t m_index = 0;
     std::size_t m_leavesSeen = 0;
 };
@@ -56,6 +60,14 @@ private:
         std::size_t index = 0; ///< Child taken; on the leaf, the place of the entry.
     };
     [[nodiscard]] std::vector<Step> descend(ByteView entry) const;
+    struct Leaf
+    {
+        PageNumber number = 0;
+        PagePointer page;
+        IndexPageView view;
+    };
+    /// The leaf where the entry belongs.
+    [[nodiscard]] Leaf leafFor(ByteView entry) const;
     [[nodiscard]] IndexPage load(PageNumber number) const;
     void save(PageNumber number, const IndexPage& page);
     [[nodiscard]] PageNumber newPage();

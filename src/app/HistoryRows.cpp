@@ -21,14 +21,19 @@ double numberOr0(const vb::Variant& value)
     return vb::IsNumeric(value) ? vb::CDbl(value) : 0.0;
 }
 
-void appendPlain(QByteArray& utf8, const vb::Variant& value)
+void append(std::string& utf8, QByteArrayView bytes)
+{
+    utf8.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
+}
+
+void appendPlain(std::string& utf8, const vb::Variant& value)
 {
     if (const qint64* const whole = std::get_if<qint64>(&value.value())) {
         std::array<char, 24> digits{};
         const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *whole).ptr;
-        utf8.append(digits.data(), end - digits.data());
+        utf8.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
     } else {
-        utf8.append(value.textOrEmpty().toUtf8());
+        append(utf8, value.textOrEmpty().toUtf8());
     }
 }
 
@@ -109,49 +114,53 @@ void Reading::appendAmount(int field)
 {
     const QByteArrayView text = m_readings.TextBytes(field);
     if (vb::plainAmount(text))
-        m_line.append(text);
+        append(m_line, text);
     else
-        m_line.append(vb::Format(m_readings.Fields(field), u"##,#0.00").toUtf8());
+        append(m_line, vb::Format(m_readings.Fields(field), u"##,#0.00").toUtf8());
 }
 
 void Reading::appendPrice()
 {
     const QByteArrayView text = m_readings.TextBytes(m_price);
-    if (vb::plainAmount(text))
-        m_line.append(text).append('0');
-    else
-        m_line.append(vb::Format(number(m_price), u"##,#0.000").toUtf8());
+    if (vb::plainAmount(text)) {
+        append(m_line, text);
+        m_line += '0';
+    } else {
+        append(m_line, vb::Format(number(m_price), u"##,#0.000").toUtf8());
+    }
 }
 
 void Reading::appendDate()
 {
     const vb::Variant day = date();
-    if (m_dateText.isEmpty() || !(day == m_shownDate)) {
+    if (m_dateText.empty() || !(day == m_shownDate)) {
         m_shownDate = day;
-        m_dateText = vb::Format(day, u"dd/mm/yy").toUtf8();
+        m_dateText = vb::Format(day, u"dd/mm/yy").toStdString();
     }
-    m_line.append(m_dateText);
+    m_line += m_dateText;
 }
 
 QByteArrayView Reading::line(QByteArrayView description, const Totals& totals)
 {
-    m_line.resize(0); // Keeps its room.
+    m_line.clear();
     appendPlain(m_line, m_readings.Fields(m_pump));
-    m_line.append('\t').append(description).append('\t');
+    m_line += '\t';
+    append(m_line, description);
+    m_line += '\t';
     appendAmount(m_previous);
-    m_line.append('\t');
+    m_line += '\t';
     appendAmount(m_current);
-    m_line.append('\t');
+    m_line += '\t';
     appendDate();
-    m_line.append('\t');
+    m_line += '\t';
     appendAmount(m_litres);
-    m_line.append('\t');
+    m_line += '\t';
     appendPrice();
-    m_line.append('\t');
+    m_line += '\t';
     vb::appendAmount(m_line, totals.value);
-    m_line.append('\t');
+    m_line += '\t';
     appendPlain(m_line, m_readings.Fields(m_key));
-    return m_line;
+    return {m_line.data(), static_cast<qsizetype>(m_line.size())};
 }
 
 void PumpSum::add(const Reading& reading)

@@ -3,7 +3,10 @@
 #include "platform/ado/Recordset.h"
 #include "platform/vb/Currency.h"
 
+#include <QByteArrayView>
 #include <QString>
+
+#include <string>
 
 namespace platform {
 class FlexGrid;
@@ -63,10 +66,10 @@ private:
     int m_price;
     int m_calibration;
     int m_key;
-    QByteArray m_line;
+    std::string m_line;
     // Neighbouring rows mostly have the same date.
     vb::Variant m_shownDate;
-    QByteArray m_dateText;
+    std::string m_dateText;
 };
 
 /// One pump's readings of a period, summed up.

@@ -14,7 +14,7 @@ namespace Module1 {
 
 namespace {
 
-constexpr const char* FillNumber = "fillNumber";
+constexpr const char* LatestFill = "latestFill";
 
 void holdBack(QWidget& view, bool on)
 {
@@ -52,11 +52,11 @@ bool refillView(const Services& services, const ListQuery& query, QWidget& view,
 Fill::Fill(QWidget& view, platform::EventPump& events, qsizetype rows)
     : m_view(&view)
     , m_events(events)
-    , m_number(view.property(FillNumber).toInt() + 1)
+    , m_latest(latestOf(view))
+    , m_number(++m_latest->number)
     , m_wasVisible(view.window()->isVisible())
     , m_rows(rows)
 {
-    view.setProperty(FillNumber, m_number);
     holdBack(view, true);
 }
 
@@ -68,7 +68,17 @@ Fill::~Fill()
 
 bool Fill::isLatest() const
 {
-    return m_view && m_view->property(FillNumber).toInt() == m_number;
+    return m_view && m_latest && m_latest->number == m_number;
+}
+
+Fill::Latest* Fill::latestOf(QWidget& view)
+{
+    // Kept as a property: each row of a long list asks, and must not search for it.
+    if (auto* const known = view.property(LatestFill).value<QObject*>())
+        return static_cast<Latest*>(known);
+    auto* const latest = new Latest(&view);
+    view.setProperty(LatestFill, QVariant::fromValue<QObject*>(latest));
+    return latest;
 }
 
 bool Fill::goesOn()

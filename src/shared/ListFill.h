@@ -35,8 +35,18 @@ public:
 private:
     [[nodiscard]] bool isLatest() const;
 
+    /// The number of a view's latest fill, a child of the view.
+    class Latest : public QObject
+    {
+    public:
+        using QObject::QObject;
+        int number = 0;
+    };
+    [[nodiscard]] static Latest* latestOf(QWidget& view);
+
     QPointer<QWidget> m_view;
     platform::EventPump& m_events;
+    QPointer<Latest> m_latest;
     int m_number;
     bool m_wasVisible;
     qsizetype m_rows;

@@ -379,6 +379,8 @@ class TestStorageWorkload : public QObject
 private slots:
     void agreesWithTheModel_data();
     void agreesWithTheModel();
+    void deepIndexShrinks_data();
+    void deepIndexShrinks();
 };
 
 void TestStorageWorkload::agreesWithTheModel_data()
@@ -416,6 +418,55 @@ void TestStorageWorkload::agreesWithTheModel()
     std::size_t cells = 0;
     QCOMPARE(exportDifference(workload.storage(), copy.fileName(), &cells), QString());
     qInfo("%d steps, %zu pages, %zu cells exported", steps, bytes.size() / pageSize, cells);
+}
+
+void TestStorageWorkload::deepIndexShrinks_data()
+{
+    QTest::addColumn<int>("order");
+    QTest::newRow("from the front") << 0;
+    QTest::newRow("from the back") << 1;
+    QTest::newRow("at random") << 2;
+}
+
+void TestStorageWorkload::deepIndexShrinks()
+{
+    QFETCH(const int, order);
+    FaultyFiles files;
+    createStorage(files, file, {});
+    const auto storage = openStorage(files, file, {});
+    // Long keys that differ at their beginning: few to a page, so that the tree grows to four levels.
+    storage->createTable("T", std::array{column("t", ColumnType::Text, 255)}, std::array{index("I", {{0, true}})});
+    Table& table = *storage->table("T");
+    std::mt19937 engine(4);
+    std::map<std::string, RowId> rows;
+    storage->beginStatement();
+    while (rows.size() < 2600) {
+        const std::string text = std::to_string(engine() % 90000 + 10000) + std::string(245, 'k');
+        if (rows.contains(text))
+            continue;
+        const std::array<std::optional<Value>, 1> row = {Value(text)};
+        rows[text] = table.insert(row);
+    }
+    storage->commitStatement();
+    QCOMPARE(joined(storage->verify()), QString());
+    std::vector<RowId> ids;
+    for (const auto& [text, id] : rows)
+        ids.push_back(id);
+    if (order == 1)
+        std::reverse(ids.begin(), ids.end());
+    if (order == 2)
+        std::shuffle(ids.begin(), ids.end(), engine);
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        if (i % 100 == 0)
+            storage->beginStatement();
+        table.erase(ids[i]);
+        if (i % 100 == 99)
+            storage->commitStatement();
+        // Closely watched towards the end, where levels go away.
+        if (i % 500 == 499 || (i % 100 == 99 && i > 2300))
+            QCOMPARE(joined(storage->verify()), QString());
+    }
+    QCOMPARE(rowsOf(table).size(), std::size_t{0});
 }
 
 QTEST_GUILESS_MAIN(TestStorageWorkload)

@@ -78,7 +78,8 @@ FaultStation::FaultStation(bool isMySql)
     for (const Contents& contents : tables()) {
         const QStringList inserts = insertsInto(contents, m_isMySql);
         database.script(inserts);
-        m_restoring += QStringLiteral("DELETE FROM %1;\n").arg(QString::fromLatin1(contents.table));
+        // With the keys counted from 1 again: the ledger keeps those of the products.
+        m_restoring += QStringLiteral("TRUNCATE %1;\n").arg(QString::fromLatin1(contents.table));
         for (const QString& insert : inserts)
             m_restoring += insert + QStringLiteral(";\n");
     }

@@ -236,6 +236,7 @@ int main(int argc, char* argv[])
     QApplication::setQuitOnLastWindowClosed(false);
     if (endurance::isChild(QApplication::arguments()))
         return endurance::runChild(QApplication::arguments());
+    qputenv("QTEST_FUNCTION_TIMEOUT", "7200000"); // A long run is no hang.
     TestFaults test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -274,6 +274,9 @@ void FlexGrid::setProgress(qsizetype done, qsizetype total)
 {
     constexpr int patience = 500; // Milliseconds; a shorter fill shows nothing.
     constexpr int steps = 100;
+    constexpr int longList = 10'000;
+    if (total > longList && done % 64 != 0)
+        return; // Asked for every row.
     if (Redraw() || total <= 0 || m_heldBack.elapsed() < patience)
         return;
     if (!m_progress) {
@@ -283,7 +286,7 @@ void FlexGrid::setProgress(qsizetype done, qsizetype total)
     }
     const int step = static_cast<int>(steps * done / total);
     if (m_progress->isVisible() && m_progress->value() == step)
-        return; // Asked for every row.
+        return;
     const QRect area = viewport()->geometry();
     const QSize size(area.width() / 2, m_progress->sizeHint().height());
     m_progress->setGeometry(QRect(area.center() - QPoint(size.width() / 2, size.height() / 2), size));

@@ -34,7 +34,7 @@ std::optional<qint64> plainAmount(QByteArrayView utf8)
     return negative ? -hundredths : hundredths;
 }
 
-void appendAmount(QByteArray& utf8, Currency amount)
+void appendAmount(std::string& utf8, Currency amount)
 {
     constexpr quint64 PerHundredth = Currency::Scale / 100;
     const qint64 scaled = amount.scaled();
@@ -60,7 +60,7 @@ void appendAmount(QByteArray& utf8, Currency amount)
     } while (hundredths > 0);
     if (scaled < 0) // What rounds to nothing keeps its sign.
         put('-');
-    utf8.append(text.data() + begin, static_cast<qsizetype>(text.size() - begin));
+    utf8.append(text.data() + begin, text.size() - begin);
 }
 
 } // namespace vb

@@ -2,10 +2,10 @@
 
 #include "platform/vb/Currency.h"
 
-#include <QByteArray>
 #include <QByteArrayView>
 
 #include <optional>
+#include <string>
 
 // The way of most amounts in a long list: texts that stand in the database as they are shown. What these do not know
 // goes the way of Format and CCur, with the same result.
@@ -16,6 +16,6 @@ namespace vb {
 [[nodiscard]] std::optional<qint64> plainAmount(QByteArrayView utf8);
 
 /// Appends what Format gives for the amount and "##,#0.00".
-void appendAmount(QByteArray& utf8, Currency amount);
+void appendAmount(std::string& utf8, Currency amount);
 
 } // namespace vb

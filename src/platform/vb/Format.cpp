@@ -1,5 +1,6 @@
 #include "platform/vb/Format.h"
 
+#include "platform/vb/Amount.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/DateText.h"
 #include "platform/vb/NumberText.h"
@@ -29,6 +30,21 @@ std::optional<Decimal> decimalOf(const Variant& value)
         return Decimal::fromInteger(currency->scaled(), 4);
     const double number = CDbl(value);
     return std::isfinite(number) ? std::optional<Decimal>(Decimal::fromDouble(number)) : std::nullopt;
+}
+
+/// The way of most numbers that are shown: hundredths that the value holds exactly.
+std::optional<Currency> plainHundredths(const Variant& value)
+{
+    if (const auto* currency = std::get_if<Currency>(&value.value()))
+        return *currency;
+    const auto* number = std::get_if<double>(&value.value());
+    constexpr double Limit = 1e11;
+    if (!number || !(std::abs(*number) < Limit) || (*number == 0 && std::signbit(*number)))
+        return std::nullopt;
+    const double hundredths = std::nearbyint(*number * 100);
+    if (hundredths / 100 != *number)
+        return std::nullopt;
+    return Currency::fromScaled(static_cast<qint64>(hundredths) * (Currency::Scale / 100));
 }
 
 struct NumberPattern
@@ -179,6 +195,13 @@ QString Format(const Variant& value, QStringView pattern)
         return {};
     if (pattern.startsWith(u'@'))
         return CStr(value).rightJustified(pattern.count(u'@'), u' ');
+    if (pattern == u"##,#0.00") {
+        if (const std::optional<Currency> amount = plainHundredths(value)) {
+            std::string shown;
+            appendAmount(shown, *amount);
+            return QString::fromLatin1(shown.data(), static_cast<qsizetype>(shown.size()));
+        }
+    }
     if (pattern.contains(u'0') || pattern.contains(u'#')) {
         if (std::optional<Decimal> decimal = decimalOf(value))
             return formatNumber(std::move(*decimal), NumberPattern(pattern));

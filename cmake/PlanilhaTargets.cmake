@@ -13,7 +13,7 @@ function(planilha_library name)
 endfunction()
 
 # planilha_test(NAME SOURCES ... [LINKS ...] [TIMEOUT seconds] [LABELS ...]): one QtTest executable under ctest, run on
-# the offscreen platform.
+# the offscreen platform, with a locale in which outside readers take names with accents.
 function(planilha_test name)
   cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -25,6 +25,6 @@ function(planilha_test name)
     set(ARG_TIMEOUT 300)
   endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}"
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;PLANILHA_NO_PLACEMENT=1;PLANILHA_SOURCE_DIR=${PROJECT_SOURCE_DIR};PLANILHA_SHARED_DIR=${PROJECT_SOURCE_DIR}/../shared"
+    ENVIRONMENT "LC_ALL=C.UTF-8;QT_QPA_PLATFORM=offscreen;PLANILHA_NO_PLACEMENT=1;PLANILHA_SOURCE_DIR=${PROJECT_SOURCE_DIR};PLANILHA_SHARED_DIR=${PROJECT_SOURCE_DIR}/../shared"
     SKIP_REGULAR_EXPRESSION "SKIP   : [^\n]*whole executable")
 endfunction()

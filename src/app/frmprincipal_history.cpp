@@ -8,12 +8,12 @@
 #include "platform/ui/WaitCursor.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
 
 #include <QHash>
-#include <QScopeGuard>
 #include <QScopedValueRollback>
 
 // History of closed readings: the expanded and the consolidated list.
@@ -34,14 +34,9 @@ void frmprincipal::carrega_flex1(const QString& sql)
 
 void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
 {
-    const int mine = ++m_historyFill;
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
-    const auto showAgain = qScopeGuard([&] {
-        if (mine == m_historyFill)
-            flex2.setRedraw(true);
-    });
-    flex2.setRedraw(false);
+    Module1::Fill fill(flex2, m_services.events, readings.RecordCount());
     HistoryRows::formataflex2(flex2);
 
     HistoryRows::Reading reading(readings);
@@ -56,14 +51,11 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
         }
         return *known;
     };
-    qsizetype done = 0;
     for (; !readings.Eof(); readings.MoveNext()) {
-        flex2.setProgress(done++, readings.RecordCount());
         const HistoryRows::Totals row = reading.totals();
         HistoryRows::add(flex2, reading.line(descriptionOf(reading.pump()), row));
         totals += row;
-        m_services.events.DoEvents();
-        if (mine != m_historyFill || m_closed)
+        if (!fill.goesOn())
             return;
     }
     mostra_totais(vb::Format(totals.litres, u"##,#0.00"), vb::Format(totals.value, u"##,#0.00"));
@@ -71,14 +63,9 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
 
 void frmprincipal::carrega_flex1Consolidado()
 {
-    const int mine = ++m_historyFill;
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
-    const auto showAgain = qScopeGuard([&] {
-        if (mine == m_historyFill)
-            flex2.setRedraw(true);
-    });
-    flex2.setRedraw(false);
+    Module1::Fill fill(flex2, m_services.events);
     HistoryRows::formataflex2(flex2);
 
     const QString period = QStringLiteral("Select * from leitura where DataLT >= ") +
@@ -99,8 +86,7 @@ void frmprincipal::carrega_flex1Consolidado()
         HistoryRows::PumpSum sum;
         for (; !readings.Eof(); readings.MoveNext()) {
             sum.add(reading);
-            m_services.events.DoEvents();
-            if (mine != m_historyFill || m_closed)
+            if (!fill.goesOn())
                 return;
         }
         HistoryRows::add(flex2, sum.line(pump, Module1::descritivo_bomba(m_services.DataConnection, pump)).toUtf8());

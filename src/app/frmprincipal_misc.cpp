@@ -6,10 +6,9 @@
 #include "platform/ui/WaitCursor.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/ListFill.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
-
-#include <QScopeGuard>
 
 // The miscellaneous items and their issue, which is written at once.
 
@@ -33,13 +32,8 @@ void frmprincipal::formata_flexD()
 void frmprincipal::carrega_flexD()
 {
     const platform::WaitCursor wait;
-    const int mine = ++m_itemFill;
     platform::FlexGrid& flexD = *m_ui->FlexD;
-    const auto showAgain = qScopeGuard([&] {
-        if (mine == m_itemFill)
-            flexD.setRedraw(true);
-    });
-    flexD.setRedraw(false);
+    Module1::Fill fill(flexD, m_services.events);
     formata_flexD();
     ado::Recordset items;
     items.Open(QStringLiteral("Select * from EstoqueDiversos order by discriminacao;"), m_services.DataConnection);
@@ -48,8 +42,7 @@ void frmprincipal::carrega_flexD()
         flexD.AddItem(code + u'\t' + items.Fields(u"Discriminacao").textOrEmpty() + u'\t' +
                       vb::Format(items.Fields(u"quantidade"), u"##,#0.00") + u'\t' +
                       Module1::soma_deb_dia(m_services, code).textOrEmpty());
-        m_services.events.DoEvents();
-        if (mine != m_itemFill || m_closed)
+        if (!fill.goesOn())
             return;
     }
     items.Close();

@@ -67,6 +67,10 @@ void FaultyFiles::change(bool grows)
         m_failed = true;
         throw Stopped();
     }
+    if (m_fault == Fault::Glitch && !m_failed) {
+        m_failed = true;
+        throw Error(ErrorKind::IoError, "Erro de entrada e saída.");
+    }
     if (m_fault == Fault::Full && grows) {
         m_failed = true;
         throw Error(ErrorKind::IoError, "Não há espaço no disco.");

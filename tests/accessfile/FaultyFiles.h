@@ -18,7 +18,8 @@ struct Stopped
 class FaultyFiles : public accessfile::FileSystem
 {
 public:
-    enum class Fault { None, Stop, Full };
+    /// Glitch: one change fails with an input/output error, those behind it work again.
+    enum class Fault { None, Stop, Full, Glitch };
     /// Lets `changes` writes, truncations, syncs and removals through; from then on every one fails as told.
     void failAfter(std::size_t changes, Fault fault);
     void heal() { m_fault = Fault::None; }

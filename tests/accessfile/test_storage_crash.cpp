@@ -131,6 +131,8 @@ private slots:
     void stopsWhilePlayingBack();
     void diskFillsAtEveryWrite_data() { addStatements(); }
     void diskFillsAtEveryWrite();
+    void oneChangeFails_data() { addStatements(); }
+    void oneChangeFails();
     void creationIsWholeOrAbsent();
     void killedAtRandomMoments();
 
@@ -260,6 +262,43 @@ void TestStorageCrash::diskFillsAtEveryWrite()
         files.heal();
         QVERIFY(contentAfterOpening(files, faults) != before);
         QCOMPARE(faults, QString());
+    }
+    QVERIFY(failures > 0);
+}
+
+/// A write, sync or removal fails once with an input/output error: the statement is whole or absent, for the session
+/// that goes on and after a power cut.
+void TestStorageCrash::oneChangeFails()
+{
+    QFETCH(const int, statement);
+    std::mt19937 engine(5);
+    QString faults;
+    FaultyFiles whole;
+    whole.setContent(file, station());
+    const std::string before = contentAfterOpening(whole, faults);
+    runAsUnit(*openStorage(whole, file, {.password = "8282"}), statements()[static_cast<std::size_t>(statement)]);
+    const std::string after = contentAfterOpening(whole, faults);
+    bool failed = true;
+    std::size_t failures = 0;
+    for (std::size_t changes = 0; failed; ++changes) {
+        for (const bool powerCut : {false, true}) {
+            FaultyFiles files;
+            files.setContent(file, station());
+            {
+                const auto storage = openStorage(files, file, {.password = "8282"});
+                files.failAfter(changes, FaultyFiles::Fault::Glitch);
+                static_cast<void>(
+                    errorOf([&] { runAsUnit(*storage, statements()[static_cast<std::size_t>(statement)]); }));
+                failed = files.failed();
+                failures += failed ? 1 : 0;
+                files.heal();
+                if (powerCut)
+                    files.loseUnsynced(engine);
+            }
+            const std::string found = contentAfterOpening(files, faults);
+            QCOMPARE(faults, QString());
+            QVERIFY2(found == before || found == after, qPrintable(QString::number(changes)));
+        }
     }
     QVERIFY(failures > 0);
 }

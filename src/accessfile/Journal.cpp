@@ -110,11 +110,6 @@ void Journal::remove() noexcept
     }
 }
 
-bool Journal::exists()
-{
-    return m_files.exists(m_path);
-}
-
 Journal::Recovered Journal::read(FileDevice& database)
 {
     Recovered recovered;

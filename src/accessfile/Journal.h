@@ -44,7 +44,6 @@ public:
     /// Reads a journal left by a crash. Nothing to play back when there is none, when it is incomplete or another
     /// file's, or when its unit was finished.
     [[nodiscard]] Recovered read(FileDevice& database);
-    [[nodiscard]] bool exists();
 
     /// Of page 0: which file this is.
     [[nodiscard]] static std::uint64_t identity(const PageBytes& pageZero);

@@ -65,8 +65,6 @@ Pager::~Pager()
 
 void Pager::recover()
 {
-    if (!m_journal.exists())
-        return;
     Journal::Recovered found = m_journal.read(*m_device);
     if (isReadOnly()) {
         if (found.playBack) {

@@ -16,6 +16,7 @@ public:
     std::uint64_t size() override { return m_file->content.size(); }
     void read(std::uint64_t offset, std::span<std::uint8_t> to) override
     {
+        m_files.read();
         if (offset + to.size() > m_file->content.size())
             throw Error(ErrorKind::IoError, "Falha ao ler.");
         std::copy_n(m_file->content.begin() + static_cast<std::ptrdiff_t>(offset), to.size(), to.begin());
@@ -54,6 +55,21 @@ void FaultyFiles::failAfter(std::size_t changes, Fault fault)
     m_fault = fault;
     m_changes = 0;
     m_failed = false;
+}
+
+void FaultyFiles::failReadAfter(std::size_t reads)
+{
+    m_readsLeft = reads;
+    m_failed = false;
+}
+
+void FaultyFiles::read()
+{
+    if (!m_readsLeft || (*m_readsLeft)-- > 0)
+        return;
+    m_readsLeft.reset();
+    m_failed = true;
+    throw Error(ErrorKind::IoError, "Erro de entrada e saída.");
 }
 
 void FaultyFiles::change(bool grows)

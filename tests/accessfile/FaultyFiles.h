@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <random>
 
 namespace accesstest {
@@ -22,7 +23,13 @@ public:
     enum class Fault { None, Stop, Full, Glitch };
     /// Lets `changes` writes, truncations, syncs and removals through; from then on every one fails as told.
     void failAfter(std::size_t changes, Fault fault);
-    void heal() { m_fault = Fault::None; }
+    /// Lets `reads` reads through; the one behind them fails with an input/output error, those behind it work again.
+    void failReadAfter(std::size_t reads);
+    void heal()
+    {
+        m_fault = Fault::None;
+        m_readsLeft.reset();
+    }
     /// Changes since failAfter.
     [[nodiscard]] std::size_t changes() const { return m_changes; }
     [[nodiscard]] bool failed() const { return m_failed; }
@@ -59,12 +66,14 @@ private:
     };
     /// Counts a change; true when it may happen. `grows`: a full disk lets others through.
     void change(bool grows);
+    void read();
     static void apply(accessfile::Bytes& to, const Change& change);
     std::unique_ptr<accessfile::FileDevice> device(const std::filesystem::path& file);
 
     std::map<std::filesystem::path, std::shared_ptr<File>> m_files;
     Fault m_fault = Fault::None;
     std::size_t m_left = 0;
+    std::optional<std::size_t> m_readsLeft;
     std::size_t m_changes = 0;
     bool m_failed = false;
     bool m_readOnlyFolder = false;

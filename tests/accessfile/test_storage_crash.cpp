@@ -118,6 +118,43 @@ std::string contentAfterOpening(FaultyFiles& files, QString& faults)
     return contentOf(*storage) + (storage->acceptsPassword("outra") ? "outra" : "8282");
 }
 
+static void runAsUnit(StorageFile& storage, const Statement& statement)
+{
+    storage.beginStatement();
+    try {
+        statement.run(storage);
+        storage.commitStatement();
+    } catch (const Error&) {
+        storage.rollbackStatement();
+        throw;
+    }
+}
+
+/// Files of a closing that stopped among its page writes, with its journal; `before` is what the closing found.
+FaultyFiles stoppedClosing(std::string& before)
+{
+    QString faults;
+    FaultyFiles whole;
+    whole.setContent(file, station());
+    before = contentAfterOpening(whole, faults);
+    std::size_t changes = 0;
+    {
+        const auto storage = openStorage(whole, file, {.password = "8282"});
+        whole.failAfter(1'000'000, FaultyFiles::Fault::None);
+        runAsUnit(*storage, statements()[2]);
+        changes = whole.changes();
+    }
+    FaultyFiles files;
+    files.setContent(file, station());
+    try {
+        const auto storage = openStorage(files, file, {.password = "8282"});
+        files.failAfter(changes - 4, FaultyFiles::Fault::Stop);
+        runAsUnit(*storage, statements()[2]);
+    } catch (const Stopped&) {
+    }
+    return files;
+}
+
 } // namespace
 
 /// Whatever happens to the process, the disk or the power: a statement is wholly there or not at all.
@@ -133,6 +170,9 @@ private slots:
     void diskFillsAtEveryWrite();
     void oneChangeFails_data() { addStatements(); }
     void oneChangeFails();
+    void oneReadFails_data() { addStatements(); }
+    void oneReadFails();
+    void oneReadFailsWhilePlayingBack();
     void creationIsWholeOrAbsent();
     void killedAtRandomMoments();
 
@@ -142,12 +182,6 @@ private:
         QTest::addColumn<int>("statement");
         for (std::size_t i = 0; i < statements().size(); ++i)
             QTest::newRow(statements()[i].name) << static_cast<int>(i);
-    }
-    static void runAsUnit(StorageFile& storage, const Statement& statement)
-    {
-        storage.beginStatement();
-        statement.run(storage);
-        storage.commitStatement();
     }
 };
 
@@ -197,25 +231,8 @@ void TestStorageCrash::stopsWhilePlayingBack()
 {
     std::mt19937 engine(5);
     QString faults;
-    FaultyFiles whole;
-    whole.setContent(file, station());
-    const std::string before = contentAfterOpening(whole, faults);
-    // A journal of a closing that stopped among its page writes.
-    std::size_t changes = 0;
-    {
-        const auto storage = openStorage(whole, file, {.password = "8282"});
-        whole.failAfter(1'000'000, FaultyFiles::Fault::None);
-        runAsUnit(*storage, statements()[2]);
-        changes = whole.changes();
-    }
-    FaultyFiles files;
-    files.setContent(file, station());
-    try {
-        const auto storage = openStorage(files, file, {.password = "8282"});
-        files.failAfter(changes - 4, FaultyFiles::Fault::Stop);
-        runAsUnit(*storage, statements()[2]);
-    } catch (const Stopped&) {
-    }
+    std::string before;
+    FaultyFiles files = stoppedClosing(before);
     QVERIFY(files.failed());
     for (std::size_t stops = 0; files.failed(); ++stops) {
         files.failAfter(stops, FaultyFiles::Fault::Stop);
@@ -301,6 +318,71 @@ void TestStorageCrash::oneChangeFails()
         }
     }
     QVERIFY(failures > 0);
+}
+
+/// A page cannot be read, once, while the file is opened or a statement runs: an error, nothing changed, and the
+/// session that stands goes on.
+void TestStorageCrash::oneReadFails()
+{
+    QFETCH(const int, statement);
+    const Statement& tried = statements()[static_cast<std::size_t>(statement)];
+    QString faults;
+    FaultyFiles whole;
+    whole.setContent(file, station());
+    const std::string before = contentAfterOpening(whole, faults);
+    runAsUnit(*openStorage(whole, file, {.password = "8282"}), tried);
+    const std::string after = contentAfterOpening(whole, faults);
+    std::size_t opened = 0;
+    bool failed = true;
+    for (std::size_t reads = 0; failed; ++reads) {
+        FaultyFiles files;
+        files.setContent(file, station());
+        files.failReadAfter(reads);
+        std::unique_ptr<StorageFile> storage;
+        // A small cache lets a long statement read the same page again.
+        const OpenOptions options{.password = "8282", .cachePages = 16};
+        auto error = errorOf([&] { storage = openStorage(files, file, options); });
+        if (storage) {
+            error = errorOf([&] { runAsUnit(*storage, tried); });
+            failed = files.failed();
+            files.heal();
+            QCOMPARE(error.has_value(), failed);
+            if (failed) {
+                ++opened;
+                QCOMPARE(joined(storage->verify()), QString());
+                runAsUnit(*storage, tried);
+            }
+            storage.reset();
+            QCOMPARE(contentAfterOpening(files, faults), after);
+        } else {
+            QCOMPARE(contentAfterOpening(files, faults), before);
+        }
+        QCOMPARE(faults, QString());
+        if (failed)
+            QCOMPARE(*error, ErrorKind::IoError);
+    }
+    QVERIFY(opened > 0);
+}
+
+/// A journal that cannot be read stays for the next opening: without it the statement would be there in part.
+void TestStorageCrash::oneReadFailsWhilePlayingBack()
+{
+    QString faults;
+    std::size_t failures = 0;
+    for (bool failed = true; failed;) {
+        std::string before;
+        FaultyFiles files = stoppedClosing(before);
+        files.heal();
+        files.failReadAfter(failures);
+        const auto error = errorOf([&] { static_cast<void>(openStorage(files, file, {.password = "8282"})); });
+        failed = files.failed();
+        failures += failed ? 1 : 0;
+        QCOMPARE(error.has_value(), failed);
+        files.heal();
+        QCOMPARE(contentAfterOpening(files, faults), before);
+        QCOMPARE(faults, QString());
+    }
+    QVERIFY(failures > 10);
 }
 
 void TestStorageCrash::creationIsWholeOrAbsent()

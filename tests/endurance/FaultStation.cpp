@@ -1,5 +1,6 @@
 #include "FaultStation.h"
 
+#include "accessfile/Storage.h"
 #include "support/BothBackEnds.h"
 #include "support/MariaDbServer.h"
 #include "support/StationSchema.h"
@@ -115,6 +116,15 @@ QStringList FaultStation::contents() const
     }
     lines.sort(); // Rows of a table have no order of their own.
     return lines;
+}
+
+QString FaultStation::faults() const
+{
+    QString text;
+    const auto storage = accessfile::Storage::open(m_database.toStdString(), {.password = "8282"});
+    for (const std::string& fault : storage->verify())
+        text += QString::fromStdString(fault) + u'\n';
+    return text;
 }
 
 } // namespace endurance

@@ -18,6 +18,8 @@ public:
     void restore() const;
     /// What the tables hold, one line a row; keys that the database gives are left out.
     [[nodiscard]] QStringList contents() const;
+    /// What the engine's check of the whole Access file finds wrong, one fault a line. A journal is played back first.
+    [[nodiscard]] QString faults() const;
     [[nodiscard]] bool isMySql() const { return m_isMySql; }
     [[nodiscard]] QString folder() const { return m_folder.path(); }
     /// Access: the file. MySQL: the database's name.

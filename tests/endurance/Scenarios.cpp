@@ -1,6 +1,7 @@
 #include "Scenarios.h"
 
 #include "Counter.h"
+#include "SystemFaults.h"
 
 #include "app/ModConec.h"
 #include "gauging/frmEditTabTanque.h"
@@ -232,19 +233,25 @@ int runChild(const QStringList& arguments)
     const QString scenario = arguments.value(2);
     const QString folder = arguments.value(3);
     const QByteArray fifo = QFile::encodeName(arguments.value(4));
-    int result = 0;
+    const QString fault = arguments.value(5);
     if (scenario == u"start") {
         Agreeing messages;
-        result = startProgram(folder, messages);
+        armSystemFault(fault);
+        const int result = startProgram(folder, messages);
         tell(messages);
-        return result;
+        return systemFaultStruck() ? Struck : result;
     }
-    Counter counter(folder, Today);
-    scenarios().at(scenario)(counter, [&fifo] { qputenv("PLANILHA_SQL_TRACE", fifo); });
-    qunsetenv("PLANILHA_SQL_TRACE");
-    settle();
-    tell(counter.messages);
-    return result;
+    {
+        Counter counter(folder, Today);
+        scenarios().at(scenario)(counter, [&] {
+            qputenv("PLANILHA_SQL_TRACE", fifo);
+            armSystemFault(fault);
+        });
+        qunsetenv("PLANILHA_SQL_TRACE");
+        settle();
+        tell(counter.messages);
+    }
+    return systemFaultStruck() ? Struck : 0; // The file is closed by now.
 }
 
 } // namespace endurance

@@ -24,7 +24,7 @@ constexpr int Patience = 120'000; // Milliseconds; a machine may be busy with ot
 
 } // namespace
 
-StatementGate::StatementGate(const QString& scenario, const QString& folder, unsigned user)
+StatementGate::StatementGate(const QString& scenario, const QString& folder, unsigned user, const QString& systemFault)
     : m_pipe(QFile::encodeName(m_folder.filePath(QStringLiteral("statements"))))
 {
     makePipe();
@@ -37,7 +37,7 @@ StatementGate::StatementGate(const QString& scenario, const QString& folder, uns
     });
     m_process.setProcessChannelMode(QProcess::SeparateChannels);
     m_process.start(QCoreApplication::applicationFilePath(),
-                    {QStringLiteral("--child"), scenario, folder, QString::fromLocal8Bit(m_pipe)});
+                    {QStringLiteral("--child"), scenario, folder, QString::fromLocal8Bit(m_pipe), systemFault});
     if (!m_process.waitForStarted())
         throw std::runtime_error("the child does not start");
 }

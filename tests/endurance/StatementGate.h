@@ -11,8 +11,9 @@ namespace endurance {
 class StatementGate
 {
 public:
-    /// Starts this executable as a child that runs the scenario. `user` other than 0 lets it run as that user.
-    StatementGate(const QString& scenario, const QString& folder, unsigned user = 0);
+    /// Starts this executable as a child that runs the scenario. `user` other than 0 lets it run as that user;
+    /// `systemFault` befalls it from its first statement on.
+    StatementGate(const QString& scenario, const QString& folder, unsigned user = 0, const QString& systemFault = {});
     ~StatementGate();
     StatementGate(const StatementGate&) = delete;
     StatementGate& operator=(const StatementGate&) = delete;

@@ -6,9 +6,6 @@
 #include "platform/vb/Format.h"
 #include "shared/Module1.h"
 
-#include <array>
-#include <charconv>
-
 namespace HistoryRows {
 
 namespace {
@@ -19,22 +16,6 @@ constexpr quint32 ValueColour = 8454143;
 double numberOr0(const vb::Variant& value)
 {
     return vb::IsNumeric(value) ? vb::CDbl(value) : 0.0;
-}
-
-void append(std::string& utf8, QByteArrayView bytes)
-{
-    utf8.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
-}
-
-void appendPlain(std::string& utf8, const vb::Variant& value)
-{
-    if (const qint64* const whole = std::get_if<qint64>(&value.value())) {
-        std::array<char, 24> digits{};
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *whole).ptr;
-        utf8.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
-    } else {
-        append(utf8, value.textOrEmpty().toUtf8());
-    }
 }
 
 } // namespace
@@ -74,6 +55,7 @@ Reading::Reading(const ado::Recordset& readings)
     , m_price(readings.fieldIndex(u"obs"))
     , m_calibration(readings.fieldIndex(u"afericao"))
     , m_key(readings.fieldIndex(u"CodigoI"))
+    , m_row(readings)
 {}
 
 vb::Currency Reading::previous() const
@@ -110,57 +92,23 @@ Totals Reading::totals() const
     return {amount(m_litres), vb::CCur(number(m_litres) * number(m_price))};
 }
 
-void Reading::appendAmount(int field)
-{
-    const QByteArrayView text = m_readings.TextBytes(field);
-    if (vb::plainAmount(text))
-        append(m_line, text);
-    else
-        append(m_line, vb::Format(m_readings.Fields(field), u"##,#0.00").toUtf8());
-}
-
-void Reading::appendPrice()
-{
-    const QByteArrayView text = m_readings.TextBytes(m_price);
-    if (vb::plainAmount(text)) {
-        append(m_line, text);
-        m_line += '0';
-    } else {
-        append(m_line, vb::Format(number(m_price), u"##,#0.000").toUtf8());
-    }
-}
-
-void Reading::appendDate()
-{
-    const vb::Variant day = date();
-    if (m_dateText.empty() || !(day == m_shownDate)) {
-        m_shownDate = day;
-        m_dateText = vb::Format(day, u"dd/mm/yy").toStdString();
-    }
-    m_line += m_dateText;
-}
-
 QByteArrayView Reading::line(QByteArrayView description, const Totals& totals)
 {
-    m_line.clear();
-    appendPlain(m_line, m_readings.Fields(m_pump));
-    m_line += '\t';
-    append(m_line, description);
-    m_line += '\t';
-    appendAmount(m_previous);
-    m_line += '\t';
-    appendAmount(m_current);
-    m_line += '\t';
-    appendDate();
-    m_line += '\t';
-    appendAmount(m_litres);
-    m_line += '\t';
-    appendPrice();
-    m_line += '\t';
-    vb::appendAmount(m_line, totals.value);
-    m_line += '\t';
-    appendPlain(m_line, m_readings.Fields(m_key));
-    return {m_line.data(), static_cast<qsizetype>(m_line.size())};
+    m_row.begin();
+    m_row.field(m_pump);
+    m_row.cell(description);
+    m_row.amount(m_previous);
+    m_row.amount(m_current);
+    m_row.date(m_date);
+    m_row.amount(m_litres);
+    std::string& price = m_row.open();
+    if (const QByteArrayView text = m_readings.TextBytes(m_price); vb::plainAmount(text))
+        price.append(text.data(), static_cast<std::size_t>(text.size())) += '0';
+    else
+        price += vb::Format(number(m_price), u"##,#0.000").toStdString();
+    vb::appendAmount(m_row.open(), totals.value);
+    m_row.field(m_key);
+    return m_row.bytes();
 }
 
 void PumpSum::add(const Reading& reading)

@@ -2,11 +2,10 @@
 
 #include "platform/ado/Recordset.h"
 #include "platform/vb/Currency.h"
+#include "shared/RowText.h"
 
 #include <QByteArrayView>
 #include <QString>
-
-#include <string>
 
 namespace platform {
 class FlexGrid;
@@ -53,9 +52,6 @@ public:
 private:
     [[nodiscard]] vb::Currency amount(int field) const;
     [[nodiscard]] double number(int field) const;
-    void appendAmount(int field);
-    void appendPrice();
-    void appendDate();
 
     const ado::Recordset& m_readings;
     int m_pump;
@@ -66,10 +62,7 @@ private:
     int m_price;
     int m_calibration;
     int m_key;
-    std::string m_line;
-    // Neighbouring rows mostly have the same date.
-    vb::Variant m_shownDate;
-    std::string m_dateText;
+    Module1::RowText m_row;
 };
 
 /// One pump's readings of a period, summed up.

@@ -11,6 +11,7 @@
 #include "shared/ListEntry.h"
 #include "shared/ListFill.h"
 #include "shared/Module1.h"
+#include "shared/RowText.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
 
@@ -166,23 +167,23 @@ void frmControlEstoqueParal::carrega_flex()
         fields[column] = rows.fieldIndex(Names[column]);
     vb::Currency credits;
     vb::Currency debits;
+    Module1::RowText row(rows);
     Module1::Fill fill(*m_ui->flex, m_services.events, rows.RecordCount());
     for (; !rows.Eof(); rows.MoveNext()) {
-        const vb::Variant credit = rows.Fields(fields[Credit]);
-        const vb::Variant debit = rows.Fields(fields[Debit]);
-        const QStringList cells{rows.Fields(fields[Key]).textOrEmpty(),
-                                rows.Fields(fields[ProductNumber]).textOrEmpty(),
-                                vb::Format(rows.Fields(fields[Date]), u"dd/mm/yy"),
-                                rows.Fields(fields[Description]).textOrEmpty(),
-                                formatted(credit),
-                                formatted(debit),
-                                rows.Fields(fields[InvoiceNumber]).textOrEmpty(),
-                                rows.Fields(fields[Supplier]).textOrEmpty()};
-        m_ui->flex->AddItem(cells.join(u'\t'));
+        row.begin();
+        for (const Column column : {Key, ProductNumber})
+            row.field(fields[column]);
+        row.date(fields[Date]);
+        row.field(fields[Description]);
+        for (const Column column : {Credit, Debit})
+            row.amount(fields[column]);
+        for (const Column column : {InvoiceNumber, Supplier})
+            row.field(fields[column]);
+        m_ui->flex->AddItem(row.bytes());
         Module1::pinta_celula(*m_ui->flex, Credit, PaleGreen);
         Module1::pinta_celula(*m_ui->flex, Debit, PaleOrange);
-        credits += amount(credit);
-        debits += amount(debit);
+        credits += amount(rows.Fields(fields[Credit]));
+        debits += amount(rows.Fields(fields[Debit]));
         if (!fill.goesOn())
             return;
     }

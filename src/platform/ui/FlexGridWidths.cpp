@@ -37,8 +37,10 @@ void FlexGridWidths::measureFont()
         m_advances[code] =
             static_cast<int>(std::ceil(metrics.horizontalAdvance(QChar(static_cast<char16_t>(code))) * advanceUnit));
     m_widestContent = static_cast<int>(std::ceil(metrics.averageCharWidth() * widestInCharacters));
-    for (int column = 0; column < m_columns.size(); ++column)
+    for (int column = 0; column < m_columns.size(); ++column) {
+        m_columns[column].titleText.clear();
         noteTitle(column, m_view.model()->headerData(column, Qt::Horizontal).toString());
+    }
     m_stale = true;
 }
 
@@ -104,6 +106,9 @@ void FlexGridWidths::note(QByteArrayView row)
 
 void FlexGridWidths::noteTitle(int column, const QString& title)
 {
+    if (m_columns[column].titleText == title)
+        return;
+    m_columns[column].titleText = title;
     const QFontMetrics metrics(m_view.horizontalHeader()->font());
     const int margin = m_view.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &m_view);
     const int width = title.isEmpty() ? 0 : metrics.horizontalAdvance(title) + 2 * margin + titleRoom;

@@ -37,7 +37,8 @@ private:
     struct Column
     {
         int twips = -1; ///< -1: none given, the title decides.
-        int title = 0;
+        QString titleText;
+        int title = 0; ///< Pixels that its text needs.
         int content = 0;
         int dragged = 0;
     };

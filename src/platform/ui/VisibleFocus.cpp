@@ -48,4 +48,10 @@ void VisibleFocus::drawComplexControl(ComplexControl control, const QStyleOption
         frame(*option, *painter);
 }
 
+int VisibleFocus::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                            QStyleHintReturn* returned) const
+{
+    return hint == SH_Widget_Animation_Duration ? 0 : QProxyStyle::styleHint(hint, option, widget, returned);
+}
+
 } // namespace platform

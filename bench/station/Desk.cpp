@@ -7,18 +7,20 @@
 
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QProcess>
 #include <QSignalBlocker>
+
+#include <cstdio>
 
 namespace bench {
 
 namespace {
 
-/// Types the password when its window comes up, and tells when the main window has been painted.
+/// Types the password when its window comes up, says when the main window has been painted, and closes it.
 class Operator : public QObject
 {
 public:
-    Operator() { m_clock.start(); }
-    [[nodiscard]] double milliseconds() const { return m_milliseconds; }
+    [[nodiscard]] bool hasSeenIt() const { return m_hasSeenIt; }
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
@@ -35,7 +37,9 @@ public:
             auto* const window = static_cast<QWidget*>(watched);
             const auto painted = [this, window] {
                 window->repaint();
-                m_milliseconds = static_cast<double>(m_clock.nsecsElapsed()) / 1e6;
+                m_hasSeenIt = true;
+                std::printf("%lld\n", static_cast<long long>(peakBytes()));
+                std::fflush(stdout);
                 window->close();
             };
             QMetaObject::invokeMethod(window, painted, Qt::QueuedConnection);
@@ -44,8 +48,7 @@ public:
     }
 
 private:
-    QElapsedTimer m_clock;
-    double m_milliseconds = 0;
+    bool m_hasSeenIt = false;
 };
 
 } // namespace
@@ -83,7 +86,23 @@ void settleUntil(const std::function<bool()>& done)
     settle();
 }
 
-double startUp(const BenchStation& station)
+Start startUp(const BenchStation& station)
+{
+    QProcess program;
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    Start start;
+    start.milliseconds = millisecondsOf([&] {
+        program.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(StartOption), station.folder()});
+        if (!program.waitForReadyRead(60'000))
+            qFatal("the program does not start");
+    });
+    start.peakBytes = program.readLine().toLongLong();
+    if (!program.waitForFinished() || program.exitCode() != 0)
+        qFatal("the program does not end");
+    return start;
+}
+
+int runStart(const QString& folder)
 {
     support::TestClock clock{QDateTime(BenchStation::today(), QTime(8, 30))};
     Agreeing messages;
@@ -93,11 +112,9 @@ double startUp(const BenchStation& station)
     support::TestSpooler spooler;
     Operator person;
     qApp->installEventFilter(&person);
-    const int result = ModConec::Main({station.folder(), messages, clock, events, {chooser, defaultPrinter, spooler}});
+    const int result = ModConec::Main({folder, messages, clock, events, {chooser, defaultPrinter, spooler}});
     qApp->removeEventFilter(&person);
-    if (result != 0 || messages.shown != 0 || person.milliseconds() <= 0)
-        qFatal("the program does not start");
-    return person.milliseconds();
+    return result == 0 && messages.shown == 0 && person.hasSeenIt() ? 0 : 1;
 }
 
 Desk::Desk(const BenchStation& station)

@@ -32,9 +32,17 @@ public:
     platform::MsgBoxResult MsgBox(const QString& prompt, int style, const QString& title) override;
 };
 
-/// Starts the whole program on a station, as an operator does who types the password at once; returns the
-/// milliseconds from the call until the main window has been painted, and closes it.
-[[nodiscard]] double startUp(const BenchStation& station);
+struct Start
+{
+    double milliseconds = 0;
+    qint64 peakBytes = 0; ///< Of the whole process.
+};
+/// Starts a process with the whole program on a station, as an operator does who types the password at once; from then
+/// until the main window has been painted. Ends when the process has.
+[[nodiscard]] Start startUp(const BenchStation& station);
+/// What that process is called with, a folder behind it, and what it does then; its exit code.
+constexpr const char* StartOption = "--start";
+[[nodiscard]] int runStart(const QString& folder);
 
 /// The real main window on a station, with the program's own event pump.
 class Desk

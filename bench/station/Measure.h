@@ -42,6 +42,7 @@ struct Figure
     Times bare;        ///< The same statements alone, where there are any.
     double budget = 0; ///< Largest allowed ratio, unless all is done within a frame of 16 ms; 0 for none.
     double peak = 0;   ///< Megabytes above what was resident before, at the highest point.
+    bool isAgainstItself = false; ///< Bare is the same work on other data: the frame is for the difference.
     QString remark;
 };
 

@@ -113,7 +113,14 @@ QString unescaped(QStringView cell)
     return text;
 }
 
+bool isLikeAStations = false;
+
 } // namespace
+
+void MariaDbServer::likeAStations()
+{
+    isLikeAStations = true;
+}
 
 bool MariaDbServer::isInstalled()
 {
@@ -151,9 +158,11 @@ MariaDbServer::MariaDbServer()
           QStringLiteral("[mariadbd]\n%3datadir=%1/data\nsocket=%1/s\npid-file=%1/pid\nlog-error=%1/server.log\n"
                          "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
                          "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
-                         "innodb_log_file_size=4M\ninnodb_undo_tablespaces=0\ninnodb_buffer_pool_size=32M\n"
-                         "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")
-              .arg(m_folder, m_host, ::geteuid() == 0 ? QStringLiteral("user=root\n") : QString()));
+                         "innodb_undo_tablespaces=0\n%4")
+              .arg(m_folder, m_host, ::geteuid() == 0 ? QStringLiteral("user=root\n") : QString(),
+                   isLikeAStations ? QString()
+                                   : QStringLiteral("innodb_log_file_size=4M\ninnodb_buffer_pool_size=32M\n"
+                                                    "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")));
     start();
 }
 

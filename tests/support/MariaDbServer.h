@@ -18,6 +18,8 @@ public:
     [[nodiscard]] static bool isInstalled();
     /// The one server of this test executable, started at first use and stopped with the application object.
     [[nodiscard]] static MariaDbServer& shared();
+    /// Servers made from now on have the sizes and the durability of a station's, not those of a quick test.
+    static void likeAStations();
 
     MariaDbServer();
     ~MariaDbServer();

@@ -71,7 +71,9 @@ void press(QWidget& widget, int key, const QString& text)
 
 void settle()
 {
-    QCoreApplication::processEvents();
+    // Layouts put off until the next round ask for one more painting.
+    for (int round = 0; round < 3; ++round)
+        QCoreApplication::processEvents();
 }
 
 void settleUntil(const std::function<bool()>& done)

@@ -10,14 +10,11 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t descriptorLength = 12;
-constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
-constexpr std::uint32_t inlineKind = 0x80000000;
-constexpr std::uint32_t rowKind = 0x40000000;
+using namespace longvalue;
+
 constexpr std::size_t longestInline = 64;
 constexpr std::size_t longestInOneRow = 3816;
 constexpr std::size_t chainChunk = 4072;
-constexpr std::size_t stampAt = 8;
 constexpr std::size_t leastUsefulRoom = 258;
 
 PagePointer longValuePage(const Pager& pager, PageNumber number)

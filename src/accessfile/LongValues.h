@@ -4,6 +4,16 @@
 
 namespace accessfile {
 
+/// A long value's descriptor in its row: length and kind in one word, the address of the first piece, the stamp of the
+/// value. A page of its own repeats the stamp.
+namespace longvalue {
+constexpr std::size_t descriptorLength = 12;
+constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
+constexpr std::uint32_t inlineKind = 0x80000000;
+constexpr std::uint32_t rowKind = 0x40000000;
+constexpr std::size_t stampAt = 8;
+} // namespace longvalue
+
 /// Memo and OLE contents, which live outside the row; the row holds a 12-byte descriptor.
 class LongValues
 {

@@ -9,11 +9,8 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t descriptorLength = 12;
-constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
-constexpr std::uint32_t inlineKind = 0x80000000;
-constexpr std::uint32_t rowKind = 0x40000000;
-constexpr std::size_t stampAt = 8;
+using namespace longvalue;
+
 constexpr std::size_t freeAt = 2;
 constexpr std::size_t definitionReserve = 8;
 constexpr std::size_t chainHeader = 8;

@@ -156,23 +156,15 @@ std::size_t Executor::operator()(UpdateStatement& statement)
 
     // All new values are known before the first row changes: an update never meets its own rows again.
     std::vector<std::pair<RowId, Changes>> rows;
-    const Plan plan = planRows(table, statement.where.get());
-    if (!plan.empty) {
-        Evaluator evaluator(m_regional);
-        const std::unique_ptr<Cursor> cursor = plan.open(table);
-        evaluator.setRow(cursor.get());
-        while (cursor->next()) {
-            if (statement.where != nullptr && evaluator.test(*statement.where) != Truth::True)
-                continue;
-            Changes changes;
-            changes.reserve(targets.size());
-            for (std::size_t i = 0; i < targets.size(); ++i)
-                changes.emplace_back(targets[i],
-                                     assign(evaluator.value(*statement.changes[i].second),
-                                            table.columns()[static_cast<std::size_t>(targets[i])], m_regional));
-            rows.emplace_back(cursor->rowId(), std::move(changes));
-        }
-    }
+    Evaluator evaluator(m_regional);
+    forEachRow(table, statement.where.get(), evaluator, [&](const Cursor& cursor) {
+        Changes changes;
+        changes.reserve(targets.size());
+        for (std::size_t i = 0; i < targets.size(); ++i)
+            changes.emplace_back(targets[i], assign(evaluator.value(*statement.changes[i].second),
+                                                    table.columns()[static_cast<std::size_t>(targets[i])], m_regional));
+        rows.emplace_back(cursor.rowId(), std::move(changes));
+    });
     for (const auto& [row, changes] : rows)
         table.update(row, changes);
     return rows.size();
@@ -187,16 +179,8 @@ std::size_t Executor::operator()(DeleteStatement& statement)
         binder.finish();
     }
     std::vector<RowId> rows;
-    const Plan plan = planRows(table, statement.where.get());
-    if (!plan.empty) {
-        Evaluator evaluator(m_regional);
-        const std::unique_ptr<Cursor> cursor = plan.open(table);
-        evaluator.setRow(cursor.get());
-        while (cursor->next()) {
-            if (statement.where == nullptr || evaluator.test(*statement.where) == Truth::True)
-                rows.push_back(cursor->rowId());
-        }
-    }
+    Evaluator evaluator(m_regional);
+    forEachRow(table, statement.where.get(), evaluator, [&](const Cursor& cursor) { rows.push_back(cursor.rowId()); });
     for (const RowId row : rows)
         table.erase(row);
     return rows.size();

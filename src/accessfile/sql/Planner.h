@@ -1,6 +1,7 @@
 #pragma once
 
 #include "accessfile/Storage.h"
+#include "accessfile/sql/Evaluator.h"
 #include "accessfile/sql/Syntax.h"
 
 #include <memory>
@@ -20,5 +21,21 @@ struct Plan
 
 /// The narrowest index range that a bound WHERE clause (may be nullptr) allows.
 [[nodiscard]] Plan planRows(const Table& table, const Expression* where);
+
+/// Visits the rows that satisfy the clause; the evaluator stands on the visited row.
+template <typename Visit>
+void forEachRow(const Table& table, const Expression* where, Evaluator& evaluator, Visit visit)
+{
+    const Plan plan = planRows(table, where);
+    if (plan.empty)
+        return;
+    const std::unique_ptr<Cursor> cursor = plan.open(table);
+    evaluator.setRow(cursor.get());
+    while (cursor->next()) {
+        if (where == nullptr || evaluator.test(*where) == Truth::True)
+            visit(*cursor);
+    }
+    evaluator.setRow(nullptr);
+}
 
 } // namespace accessfile::sql

@@ -280,22 +280,6 @@ private:
     std::vector<Row> m_rows;
 };
 
-/// Walks the rows that satisfy the clause.
-template <typename Visit>
-void forEachRow(const Table& table, const Expression* where, Evaluator& evaluator, Visit visit)
-{
-    const Plan plan = planRows(table, where);
-    if (plan.empty)
-        return;
-    const std::unique_ptr<Cursor> cursor = plan.open(table);
-    evaluator.setRow(cursor.get());
-    while (cursor->next()) {
-        if (where == nullptr || evaluator.test(*where) == Truth::True)
-            visit(*cursor);
-    }
-    evaluator.setRow(nullptr);
-}
-
 } // namespace
 
 Selection::Selection(SelectStatement& statement, const Table* table, std::string_view source,
@@ -400,25 +384,34 @@ void Selection::run(RowSink& sink) const
         runSorted(sink);
 }
 
+/// The cells of a row, texts without a value of their own; `texts` as textOutputs(), `text` is a buffer to use again.
+template <typename TextCell, typename Cell>
+void Selection::eachCell(const Cursor& cursor, Evaluator& evaluator, const std::vector<bool>& texts, std::string& text,
+                         TextCell textCell, Cell cell) const
+{
+    for (std::size_t i = 0; i < m_outputs.size(); ++i) {
+        const Output& output = m_outputs[i];
+        if (!texts[i]) {
+            cell(output.expression != nullptr ? evaluator.value(*output.expression) : cursor.value(output.column));
+            continue;
+        }
+        text.clear();
+        if (cursor.appendText(output.column, text))
+            textCell(text);
+        else
+            cell(Null{});
+    }
+}
+
 void Selection::runDirect(RowSink& sink) const
 {
     Evaluator evaluator(m_regional);
     const std::vector<bool> texts = textOutputs();
     std::string text;
     forEachRow(*m_table, m_statement.where.get(), evaluator, [&](const Cursor& cursor) {
-        for (std::size_t i = 0; i < m_outputs.size(); ++i) {
-            const Output& output = m_outputs[i];
-            if (texts[i]) {
-                text.clear();
-                if (cursor.appendText(output.column, text))
-                    sink.textCell(text);
-                else
-                    sink.cell(Null{});
-            } else {
-                emitValue(sink, output.expression != nullptr ? evaluator.value(*output.expression)
-                                                             : cursor.value(output.column));
-            }
-        }
+        eachCell(
+            cursor, evaluator, texts, text, [&](std::string_view cell) { sink.textCell(cell); },
+            [&](const Value& value) { emitValue(sink, value); });
         sink.endRow(cursor.rowId());
     });
 }
@@ -431,19 +424,9 @@ void Selection::runSorted(RowSink& sink) const
     std::string text;
     std::string key;
     forEachRow(*m_table, m_statement.where.get(), evaluator, [&](const Cursor& cursor) {
-        for (std::size_t i = 0; i < m_outputs.size(); ++i) {
-            const Output& output = m_outputs[i];
-            if (texts[i]) {
-                text.clear();
-                if (cursor.appendText(output.column, text))
-                    buffer.addText(text);
-                else
-                    buffer.addNull();
-            } else {
-                buffer.add(output.expression != nullptr ? evaluator.value(*output.expression)
-                                                        : cursor.value(output.column));
-            }
-        }
+        eachCell(
+            cursor, evaluator, texts, text, [&](std::string_view cell) { buffer.addText(cell); },
+            [&](const Value& value) { buffer.add(value); });
         key.clear();
         for (const OrderItem& item : m_statement.order) {
             const Output* output = item.output < 0 ? nullptr : &m_outputs[static_cast<std::size_t>(item.output)];

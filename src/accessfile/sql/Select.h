@@ -5,6 +5,8 @@
 
 namespace accessfile::sql {
 
+class Evaluator;
+
 class Binder;
 
 /// Checks the names and kinds of a SELECT on its table (nullptr without FROM) and makes it ready to run.
@@ -27,6 +29,9 @@ private:
     void bindOrder(Binder& binder);
     void addOutput(const Expression& expression, const std::string& alias);
     void addColumn(int column);
+    template <typename TextCell, typename Cell>
+    void eachCell(const Cursor& cursor, Evaluator& evaluator, const std::vector<bool>& texts, std::string& text,
+                  TextCell textCell, Cell cell) const;
     void runDirect(RowSink& sink) const;
     void runSorted(RowSink& sink) const;
     void runAggregates(RowSink& sink) const;

@@ -3,9 +3,9 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/FlexGrid.h"
-#include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/ListFill.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
 
@@ -58,9 +58,9 @@ void formata(platform::FlexGrid& flex)
         flex.setColWidth(column, widths[column]);
 }
 
-std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& services,
-                                      const std::function<bool()>& goesOn)
+std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& services)
 {
+    Module1::Fill fill(flex, services.events);
     formata(flex);
     std::optional<QDate> firstDate;
     platform::leaveQuietly([&] {
@@ -75,9 +75,10 @@ std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& 
         });
         for (; !pumps.Eof(); pumps.MoveNext()) {
             flex.AddItem(line(pumps, services.DataConnection));
-            services.events.DoEvents();
-            if (!goesOn())
+            if (!fill.goesOn()) {
+                firstDate.reset();
                 return;
+            }
         }
     });
     return firstDate;

@@ -3,7 +3,6 @@
 #include <QDate>
 #include <QString>
 
-#include <functional>
 #include <optional>
 
 namespace ado {
@@ -23,9 +22,9 @@ enum Column { Number, Description, Reading, Date, Price, StockCode, Selected, Ta
 void formata(platform::FlexGrid& flex);
 
 /// Fills the grid from the register of pumps. Every error is ignored, step by step: a cell that cannot be read stays
-/// empty, a price that cannot be found is 0. Lets events run after each row and stops when `goesOn` says no.
-/// Returns the last reading's date of the first pump, if it has one: the next sheet is dated so by default.
-std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& services,
-                                      const std::function<bool()>& goesOn);
+/// empty, a price that cannot be found is 0. Events run after each row; a newer fill or the closing of the window ends
+/// it. Returns the last reading's date of the first pump, if it has one and the fill was not ended: the next sheet is
+/// dated so by default.
+std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& services);
 
 } // namespace PumpGrid

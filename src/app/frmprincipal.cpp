@@ -137,15 +137,7 @@ void frmprincipal::handle(const std::function<void()>& operation)
 void frmprincipal::carrega_planilha()
 {
     const platform::WaitCursor wait;
-    const int mine = ++m_pumpFill;
-    platform::FlexGrid& flex = *m_ui->flex;
-    flex.setRedraw(false);
-    const std::optional<QDate> lastClosing =
-        PumpGrid::carrega_planilha(flex, m_services, [this, mine] { return mine == m_pumpFill && !m_closed; });
-    if (mine != m_pumpFill)
-        return;
-    flex.setRedraw(true);
-    if (lastClosing)
+    if (const std::optional<QDate> lastClosing = PumpGrid::carrega_planilha(*m_ui->flex, m_services))
         m_ui->DTP->setValue(*lastClosing);
 }
 

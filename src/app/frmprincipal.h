@@ -134,7 +134,5 @@ private:
     bool m_fechando = false; ///< A sheet is being closed.
     bool m_closeAfterwards = false;
     // A fill that lets events run stops when a newer one of the same grid has begun.
-    int m_pumpFill = 0;
-    int m_logFill = 0;
     int m_historyFills = 0; ///< Fills of the history that have not returned yet.
 };

@@ -7,6 +7,7 @@
 #include "platform/ui/Boundary.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 #include "shared/SupervisorGate.h"
@@ -82,7 +83,7 @@ void frmprincipal::exclui_leituras()
 
 void frmprincipal::mostra_excluidos()
 {
-    const int mine = ++m_logFill;
+    Module1::Fill fill(*m_ui->List1, m_services.events);
     m_ui->List1->clear();
     ado::Recordset log;
     log.Open(QStringLiteral("Select * from ExcluidosLeituraBomba order by dataE;"), m_services.DataConnection);
@@ -92,8 +93,7 @@ void frmprincipal::mostra_excluidos()
         m_ui->List1->addItem(logLine(log.Fields(u"produto").textOrEmpty(),
                                      vb::Format(log.Fields(u"DataE"), u"DD/MM/YY"), log.Fields(u"leitura"),
                                      log.Fields(u"total")));
-        m_services.events.DoEvents();
-        if (mine != m_logFill || m_closed)
+        if (!fill.goesOn())
             return;
     }
     log.Close();

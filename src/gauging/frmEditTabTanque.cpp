@@ -4,6 +4,7 @@
 #include "gauging/GaugeTable.h"
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
+#include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
@@ -28,15 +29,8 @@ frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     m_ui->flex->setStretchColumn(2);
     m_ui->Combo1->addItems(GaugeTable::tankNames());
 
-    connect(m_ui->Combo1, &QComboBox::currentIndexChanged, this, [this] {
-        m_tankChanged = true;
-        handle([this] { escolhe_tanque(); });
-    });
     // The same tank chosen again reads its table again.
-    connect(m_ui->Combo1, &QComboBox::activated, this, [this] {
-        if (!std::exchange(m_tankChanged, false))
-            handle([this] { escolhe_tanque(); });
-    });
+    connect(m_ui->Combo1, &platform::ComboBox::Click, this, [this] { handle([this] { escolhe_tanque(); }); });
     connect(m_ui->flex, &platform::FlexGrid::Click, this, [this] { handle([this] { escolhe_linha(); }); });
     // Enter chooses the row that the arrow keys have reached.
     connect(m_ui->flex, &platform::FlexGrid::KeyDown, this, [this](QKeyEvent* key) {

@@ -33,5 +33,4 @@ private:
     void mostra_linha();
 
     std::unique_ptr<Ui::frmEditTabTanque> m_ui;
-    bool m_tankChanged = false;
 };

@@ -6,6 +6,7 @@
 #include "gauging/frmEditTabTanque.h"
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
+#include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/Seams.h"
@@ -59,15 +60,8 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
     m_ui->DTP->setValue(m_services.clock.today());
     m_ui->Combo1->addItems(GaugeTable::tankNames());
 
-    connect(m_ui->Combo1, &QComboBox::currentIndexChanged, this, [this] {
-        m_tankChanged = true;
-        handle([this] { escolhe_tanque(); });
-    });
     // The same tank chosen again reads its table again.
-    connect(m_ui->Combo1, &QComboBox::activated, this, [this] {
-        if (!std::exchange(m_tankChanged, false))
-            handle([this] { escolhe_tanque(); });
-    });
+    connect(m_ui->Combo1, &platform::ComboBox::Click, this, [this] { handle([this] { escolhe_tanque(); }); });
     connect(m_ui->DTP, &platform::DatePicker::Change, this, [this] { handle([this] { carrega_historico(); }); });
     connect(m_ui->Command1, &QPushButton::clicked, this, [this] { handle([this] { confirma(); }); });
     connect(m_ui->editTab, &QAction::triggered, this, [this] { handle([this] { abre_editor(); }); });

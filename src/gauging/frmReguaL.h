@@ -36,6 +36,5 @@ private:
     [[nodiscard]] bool substitui(const QString& tank);
 
     std::unique_ptr<Ui::frmReguaL> m_ui;
-    bool m_tankChanged = false;
     bool m_comesFromElsewhere = true;
 };

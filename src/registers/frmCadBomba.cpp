@@ -4,6 +4,7 @@
 #include "data/Dialect.h"
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
+#include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/KeyFilter.h"
@@ -65,9 +66,7 @@ void frmCadBomba::connectControls()
          std::initializer_list<QWidget*>{m_ui->tx_0, m_ui->tx_1, m_ui->tx_2, m_ui->Combo1, m_ui->Combo2, m_ui->dtp})
         enter->watch(field);
 
-    // Each alone misses a case: the same entry chosen again, an entry found by its typed code.
-    connect(m_ui->Combo1, &QComboBox::activated, this, &frmCadBomba::copia_descritivo);
-    connect(m_ui->Combo1, &QComboBox::currentIndexChanged, this, &frmCadBomba::copia_descritivo);
+    connect(m_ui->Combo1, &platform::ComboBox::Click, this, &frmCadBomba::copia_descritivo);
     connect(m_ui->List1, &platform::ListBox::Click, this, [this] { handle([this] { mostra_bomba(); }); });
     connect(m_ui->List1, &platform::ListBox::KeyDown, this, [this](QKeyEvent* event) {
         if (event->key() != Qt::Key_Delete)

@@ -1,55 +1,21 @@
 // The ODBC provider against a server of its own.
 #include "platform/ado/Connection.h"
-#include "platform/ado/Error.h"
 #include "platform/ado/OdbcStatements.h"
 #include "platform/ado/Recordset.h"
 #include "support/BothBackEnds.h"
 #include "support/MariaDbServer.h"
-#include "support/StatementTrace.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 using ado::Recordset;
+using support::errorOf;
 using support::MariaDbServer;
 using vb::Variant;
 
 namespace {
-
-/// Accepts connections into its queue and never says a word.
-class MuteHost
-{
-public:
-    MuteHost()
-        : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
-    {
-        const auto process = static_cast<int>(::getpid());
-        m_host = QStringLiteral("127.250.%1.%2").arg((process >> 8) & 255).arg(process & 255);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(3306);
-        ::inet_pton(AF_INET, qPrintable(m_host), &address.sin_addr);
-        if (::bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            ::listen(m_socket, 8) != 0) {
-            m_host.clear();
-        }
-    }
-    ~MuteHost() { ::close(m_socket); }
-    MuteHost(const MuteHost&) = delete;
-    MuteHost& operator=(const MuteHost&) = delete;
-    [[nodiscard]] const QString& host() const { return m_host; }
-
-private:
-    int m_socket;
-    QString m_host;
-};
 
 qint64 residentKilobytes()
 {
@@ -58,16 +24,6 @@ qint64 residentKilobytes()
         return 0;
     }
     return file.readAll().split(' ').value(1).toLongLong() * 4;
-}
-
-ado::Error errorOf(const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (const ado::Error& error) {
-        return error;
-    }
-    return ado::Error(0, QStringLiteral("no error"));
 }
 
 } // namespace
@@ -116,9 +72,6 @@ private Q_SLOTS:
              QStringLiteral("insert into t (quando, fim) values ('1899-12-30 06:00:00', 9)")});
         Recordset rows;
         rows.Open(QStringLiteral("select * from t order by fim"), database.connection());
-        const auto day = [](int year, int month, int dayOfMonth) {
-            return static_cast<double>(QDate(1899, 12, 30).daysTo(QDate(year, month, dayOfMonth)));
-        };
         const QList<std::pair<QString, Variant>> expected = {
             {QStringLiteral("tiny"), Variant(-128)},
             {QStringLiteral("small"), Variant(65535)},
@@ -129,9 +82,9 @@ private Q_SLOTS:
             {QStringLiteral("wide"), Variant(1234567890.12345678)},
             {QStringLiteral("single"), Variant(1.1)},
             {QStringLiteral("dbl"), Variant(0.30000000000000004)},
-            {QStringLiteral("dia"), Variant(vb::Date{day(2024, 2, 29)})},
+            {QStringLiteral("dia"), Variant(vb::Date{45351})},
             {QStringLiteral("hora"), Variant(vb::Date{-25.5 / 24})},
-            {QStringLiteral("quando"), Variant(vb::Date{day(2024, 3, 15) + 86399.0 / 86400})},
+            {QStringLiteral("quando"), Variant(vb::Date{45366 + 86399.0 / 86400})},
             {QStringLiteral("ano"), Variant(2024)},
             {QStringLiteral("letra"), Variant(QStringLiteral("é"))},
             {QStringLiteral("latim"), Variant(QStringLiteral("Ação à vista"))},
@@ -144,15 +97,16 @@ private Q_SLOTS:
                      qPrintable(name + QStringLiteral(": ") + rows.Fields(name).textOrEmpty()));
         }
         rows.MoveNext();
-        QVERIFY(rows.Fields(u"dia").isNull());
-        QVERIFY(rows.Fields(u"quando").isNull());
+        QVERIFY(rows.Fields(u"dia").isNull() && rows.Fields(u"quando").isNull());
         QCOMPARE(rows.Fields(u"longo"), Variant(QString()));
         QCOMPARE(rows.Fields(u"fim"), Variant(8));
         rows.MoveNext();
         QCOMPARE(rows.Fields(u"quando"), Variant(vb::Date{0.25}));
-        rows.Open(QStringLiteral("Select sum(big), count(*) from t where fim = 100"), database.connection());
+        rows.Open(QStringLiteral("Select sum(big), count(*), @@session.max_statement_time from t where fim = 100"),
+                  database.connection());
         QVERIFY(rows.Fields(0).isNull());
         QCOMPARE(rows.Fields(1), Variant(0));
+        QCOMPARE(rows.Fields(2).textOrEmpty(), QStringLiteral("400")); // the command limit
     }
 
     /// The row that a generated UPDATE addresses, whatever keys the table has; the server sees no other statement.
@@ -198,9 +152,8 @@ private Q_SLOTS:
         rows.MoveNext();
         rows.SetField(u"b", QStringLiteral("outro"));
         rows.Update();
-        QCOMPARE(database.table(QStringLiteral("alvo"), {QStringLiteral("a"), QStringLiteral("b")}),
-                 (QList<QStringList>{{QStringLiteral("1"), QStringLiteral("novo")},
-                                     {QStringLiteral("2"), QStringLiteral("outro")}}));
+        QCOMPARE(database.rows(QStringLiteral("alvo"), QStringLiteral("a b")),
+                 (QStringList{QStringLiteral("1|novo"), QStringLiteral("2|outro")}));
         // A row that has gone meanwhile is an error, not a silent success.
         server.run(QStringLiteral("delete from alvo"), database.database());
         rows.SetField(u"b", QStringLiteral("x"));
@@ -211,16 +164,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<Variant>("value");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("null") << Variant() << QStringLiteral("NULL");
-        QTest::newRow("whole") << Variant(-7) << QStringLiteral("-7");
-        QTest::newRow("double") << Variant(1234.5) << QStringLiteral("1234.5");
         QTest::newRow("exact") << Variant(0.1 + 0.2) << QStringLiteral("0.30000000000000004");
         QTest::newRow("currency") << Variant(vb::Currency::fromScaled(-5)) << QStringLiteral("-0.0005");
-        QTest::newRow("date") << Variant(vb::Date{45366}) << QStringLiteral("'2024-03-15'");
         QTest::newRow("moment") << Variant(vb::Date{45366.75}) << QStringLiteral("'2024-03-15 18:00:00'");
         QTest::newRow("before 1899") << Variant(vb::Date{-1.25}) << QStringLiteral("'1899-12-29 06:00:00'");
         QTest::newRow("almost midnight") << Variant(vb::Date{45366.9999999}) << QStringLiteral("'2024-03-16 00:00:00'");
-        QTest::newRow("apostrophe") << Variant(QStringLiteral("d'água")) << QStringLiteral("'d''água'");
         QTest::newRow("backslash") << Variant(QStringLiteral("a\\'é"))
                                    << QStringLiteral("CONVERT(0x615c27c3a9 USING utf8mb4)");
     }
@@ -230,22 +178,11 @@ private Q_SLOTS:
         QTEST(ado::odbc::literal({true, QStringLiteral("`")}, value), "expected");
     }
 
-    void tableOf_data()
+    void tableOfAStatement()
     {
-        QTest::addColumn<QString>("select");
-        QTest::addColumn<QStringList>("table");
-        QTest::newRow("plain") << QStringLiteral("Select * from ControleProdComb;")
-                               << QStringList{QStringLiteral("ControleProdComb")};
-        QTest::newRow("where") << QStringLiteral("Select quantidade, codigo FROM\nestoque where codigo = 1")
-                               << QStringList{QStringLiteral("estoque")};
-        QTest::newRow("quoted") << QStringLiteral("select 'from x', `from` from `a b`.[c d] where 1")
-                                << QStringList{QStringLiteral("a b"), QStringLiteral("c d")};
-        QTest::newRow("none") << QStringLiteral("select 1") << QStringList{};
-    }
-    void tableOf()
-    {
-        QFETCH(QString, select);
-        QTEST(ado::odbc::tableOf(select), "table");
+        const QString quoted = QStringLiteral("select 'from x', `from` FROM\n`a b`.[c d] where 1");
+        QCOMPARE(ado::odbc::tableOf(quoted), (QStringList{QStringLiteral("a b"), QStringLiteral("c d")}));
+        QCOMPARE(ado::odbc::tableOf(QStringLiteral("select 1")), QStringList());
     }
 
     /// Blanks, line breaks and all: what the program says is what the server hears. The driver alone takes the
@@ -306,27 +243,16 @@ private Q_SLOTS:
         QVERIFY(!refused.isOpen());
     }
 
-    void asksForTheCommandLimit()
+    void muteServerIsGivenUp()
     {
-        support::BothBackEnds database(QStringLiteral("mysql"));
-        Recordset rows;
-        rows.Open(QStringLiteral("select @@session.max_statement_time"), database.connection());
-        QCOMPARE(rows.Fields(0).textOrEmpty(), QStringLiteral("400"));
-    }
-
-    void muteHostIsGivenUp()
-    {
-        const MuteHost mute;
-        QVERIFY(!mute.host().isEmpty());
-        const QString string = QStringLiteral("DRIVER={MySQL ODBC 3.51 Driver};user=a;password=b;database=c;server=%1;"
-                                              "option=18475")
-                                   .arg(mute.host());
+        MariaDbServer server;
+        const QString string = server.connectionString(server.makeDatabase());
+        server.pause();
         ado::Connection connection;
         connection.setConnectionTimeout(2);
         QElapsedTimer waited;
         waited.start();
-        const ado::Error error = errorOf([&] { connection.Open(string); });
-        QVERIFY(error.number() != 0);
+        QCOMPARE(errorOf([&] { connection.Open(string); }).number(), -2147217871);
         QVERIFY2(waited.elapsed() >= 1900 && waited.elapsed() < 3500, qPrintable(QString::number(waited.elapsed())));
         // The attempt that still hangs is in nobody's way; nor does it keep this process from ending.
         support::BothBackEnds database(QStringLiteral("mysql"));

@@ -1,6 +1,5 @@
 // Connection and Recordset as every window uses them, the same on both back ends.
 #include "platform/ado/Connection.h"
-#include "platform/ado/Error.h"
 #include "platform/ado/Recordset.h"
 #include "platform/vb/Error.h"
 #include "support/BothBackEnds.h"
@@ -9,6 +8,7 @@
 #include <QTest>
 
 using ado::Recordset;
+using support::errorOf;
 using vb::Variant;
 
 namespace {
@@ -16,17 +16,6 @@ namespace {
 vb::Date day(int year, int month, int dayOfMonth, double time = 0)
 {
     return vb::Date{static_cast<double>(QDate(1899, 12, 30).daysTo(QDate(year, month, dayOfMonth))) + time};
-}
-
-template <typename Operation>
-int adoNumber(Operation operation)
-{
-    try {
-        operation();
-    } catch (const ado::Error& error) {
-        return error.number();
-    }
-    return 0;
 }
 
 } // namespace
@@ -51,9 +40,8 @@ private Q_SLOTS:
         QCOMPARE(rows.RecordCount(), 3);
         QVERIFY(!rows.Eof());
         QCOMPARE(rows.Fields(u"CODIGO"), Variant(-2000000000));
-        QVERIFY(rows.Fields(u"litros").isNull());
-        QVERIFY(rows.Fields(u"nome").isNull());
-        QVERIFY(rows.Fields(u"Data").isNull());
+        for (const QStringView name : {u"litros", u"nome", u"Data"})
+            QVERIFY(rows.Fields(name).isNull());
         rows.MoveNext();
         QCOMPARE(rows.Fields(0), Variant(7));
         QCOMPARE(rows.Fields(1), Variant(0.1));
@@ -66,8 +54,8 @@ private Q_SLOTS:
         QVERIFY(rows.Eof());
         QVERIFY_THROWS_EXCEPTION(vb::Error, rows.MoveNext());
         QVERIFY_THROWS_EXCEPTION(vb::Error, (void)rows.Fields(u"nome"));
-        QCOMPARE(adoNumber([&] { (void)rows.Fields(u"nomes"); }), 3265);
-        QCOMPARE(adoNumber([&] { (void)rows.Fields(4); }), 3265);
+        QCOMPARE(errorOf([&] { (void)rows.Fields(u"nomes"); }).number(), 3265);
+        QCOMPARE(errorOf([&] { (void)rows.Fields(4); }).number(), 3265);
     }
 
     void addsAndChangesRows_data() { support::BothBackEnds::addRows(); }
@@ -93,7 +81,7 @@ private Q_SLOTS:
         added.Update();
         added.AddNew();
         added.SetField(u"inexistente", 1.0);
-        QVERIFY(adoNumber([&] { added.Update(); }) != 0);
+        QVERIFY(errorOf([&] { added.Update(); }).number() != 0);
 
         Recordset rows;
         rows.Open(source, database.connection());
@@ -116,14 +104,9 @@ private Q_SLOTS:
 
         // The reader of Access files shows an empty text as null.
         const QString empty = backEnd == QStringLiteral("access") ? QStringLiteral("NULL") : QString();
-        const QList<QStringList> expected = {
-            {QStringLiteral("12"), QStringLiteral("2024-03-15 00:00:00"),
-             QStringLiteral("Gasolina d'água \\ \"aditivada\""), QStringLiteral("2.25"), QStringLiteral("NULL")},
-            {QStringLiteral("13"), QStringLiteral("NULL"), QStringLiteral("x"), QStringLiteral("NULL"), empty}};
-        QCOMPARE(database.table(QStringLiteral("Razao"),
-                                {QStringLiteral("CodProd"), QStringLiteral("DataOP"), QStringLiteral("descritivo"),
-                                 QStringLiteral("cred"), QStringLiteral("nota")}),
-                 expected);
+        QCOMPARE(database.rows(QStringLiteral("Razao"), QStringLiteral("CodProd DataOP descritivo cred nota")),
+                 (QStringList{QStringLiteral("12|2024-03-15 00:00:00|Gasolina d'água \\ \"aditivada\"|2.25|NULL"),
+                              QStringLiteral("13|NULL|x|NULL|") + empty}));
     }
 
     /// Rows that hold the same in every selected column: one Update changes one row.
@@ -139,9 +122,9 @@ private Q_SLOTS:
         rows.SetField(u"quantidade", 40.5);
         rows.Update();
         rows.Close();
-        QCOMPARE(adoNumber([&] { (void)rows.RecordCount(); }), 3704);
-        QCOMPARE(database.table(QStringLiteral("Estoque"), {QStringLiteral("quantidade")}),
-                 (QList<QStringList>{{QStringLiteral("40.5")}, {QStringLiteral("100")}}));
+        QCOMPARE(errorOf([&] { (void)rows.RecordCount(); }).number(), 3704);
+        QCOMPARE(database.rows(QStringLiteral("Estoque"), QStringLiteral("quantidade")),
+                 (QStringList{QStringLiteral("40.5"), QStringLiteral("100")}));
     }
 
     void tracesAndReportsStatements_data() { support::BothBackEnds::addRows(); }
@@ -161,14 +144,9 @@ private Q_SLOTS:
         Recordset other;
         other.Open(select, database.connectionString());
         QCOMPARE(other.Fields(0), Variant(QStringLiteral("nao")));
-        try {
-            rows.Open(wrong, database.connection());
-            QFAIL("a missing table is an error");
-        } catch (const ado::Error& error) {
-            QCOMPARE(error.statement(), wrong);
-            QVERIFY(error.text().contains(QStringLiteral("inexistente")));
-            QVERIFY(error.number() != 0);
-        }
+        const ado::Error error = errorOf([&] { rows.Open(wrong, database.connection()); });
+        QCOMPARE(error.statement(), wrong);
+        QVERIFY(error.number() != 0 && error.text().contains(QStringLiteral("inexistente")));
         QVERIFY_THROWS_EXCEPTION(ado::Error, database.connection().Execute(QStringLiteral("isto não é SQL")));
         QCOMPARE(trace.lines(),
                  (QStringList{QStringLiteral("exec ") + create,
@@ -181,11 +159,11 @@ private Q_SLOTS:
     {
         ado::Connection connection;
         Recordset rows;
-        QCOMPARE(adoNumber([&] { connection.Execute(QStringLiteral("Update x set y = 1")); }), 3704);
-        QCOMPARE(adoNumber([&] { rows.Open(QStringLiteral("Select * from x"), connection); }), 3704);
-        QCOMPARE(adoNumber([&] { rows.OpenToAdd(QStringLiteral("Select * from x"), connection); }), 3704);
-        QCOMPARE(adoNumber([&] { (void)rows.Eof(); }), 3704);
-        QVERIFY(adoNumber([&] { connection.Open(QStringLiteral("DRIVER={Não existe};server=x")); }) != 0);
+        QCOMPARE(errorOf([&] { connection.Execute(QStringLiteral("Update x set y = 1")); }).number(), 3704);
+        QCOMPARE(errorOf([&] { rows.Open(QStringLiteral("Select * from x"), connection); }).number(), 3704);
+        QCOMPARE(errorOf([&] { rows.OpenToAdd(QStringLiteral("Select * from x"), connection); }).number(), 3704);
+        QCOMPARE(errorOf([&] { (void)rows.Eof(); }).number(), 3704);
+        QVERIFY(errorOf([&] { connection.Open(QStringLiteral("DRIVER={Não existe};server=x")); }).number() != 0);
         QVERIFY(!connection.isOpen());
     }
 };

@@ -219,6 +219,18 @@ inline void clickRow(platform::FlexGrid& grid, int row, int column = 1)
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
 }
 
+/// In the main window: Enter on a row of the pump grid, the reading, Enter.
+inline void enterReading(const QWidget& window, int row, const QString& reading)
+{
+    auto& flex = control<platform::FlexGrid>(window, "flex");
+    flex.setRow(row);
+    flex.setFocus();
+    QTest::keyClick(&flex, Qt::Key_Return);
+    auto& text1 = control<QLineEdit>(window, "Text1");
+    QTest::keyClicks(&text1, reading);
+    QTest::keyClick(&text1, Qt::Key_Return);
+}
+
 /// The rows of a grid, cells joined by "|"; the first one holds the titles.
 inline QStringList rowsOf(const platform::FlexGrid& grid)
 {

@@ -13,6 +13,8 @@
 #include <QLineEdit>
 #include <QPointer>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A window whose handler lets events run.
@@ -67,9 +69,9 @@ private Q_SLOTS:
         Module1::formata_flexG(grid);
         QCOMPARE(grid.Rows(), 1);
         QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency());
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t1.234,50"));
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t"));
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t-0,25"));
+        grid.AddItem(u"\t\t\t\t\t\t1.234,50"_s);
+        grid.AddItem(u"\t\t\t\t\t\t"_s);
+        grid.AddItem(u"\t\t\t\t\t\t-0,25"_s);
         QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency::fromScaled(12'342'500));
 
         grid.setRow(2);
@@ -83,8 +85,7 @@ private Q_SLOTS:
         QCOMPARE(Module1::linha_traco(), QString(112, u'-'));
         QCOMPARE(Module1::linha_asterisco(), QString(112, u'*'));
         // Hour, minute and the minute again.
-        QCOMPARE(Module1::numero_planilha(QDateTime(QDate(2024, 3, 5), QTime(9, 7, 58))),
-                 QStringLiteral("Nº 050324-090707"));
+        QCOMPARE(Module1::numero_planilha(QDateTime(QDate(2024, 3, 5), QTime(9, 7, 58))), u"Nº 050324-090707"_s);
     }
 
     void stockHelpers_data() { support::BothBackEnds::addRows(); }
@@ -94,44 +95,40 @@ private Q_SLOTS:
         support::WindowTest station(database);
         ado::Connection& connection = database.connection();
         station.script({
-            QStringLiteral(
-                "Insert into PlanilhaPosto (numeroDispositivo, Descritivo, ProdVinculado) values (7, 'G', 101)"),
-            QStringLiteral("Insert into PlanilhaPosto (numeroDispositivo) values (8)"),
-            QStringLiteral("Insert into CadProdComb (Descritivo, valor, codigoEstoque) values ('G', 5.499, 101)"),
-            QStringLiteral("Insert into CadProdComb (Descritivo, codigoEstoque) values ('H', 102)"),
+            u"Insert into PlanilhaPosto (numeroDispositivo, Descritivo, ProdVinculado) values (7, 'G', 101)"_s,
+            u"Insert into PlanilhaPosto (numeroDispositivo) values (8)"_s,
+            u"Insert into CadProdComb (Descritivo, valor, codigoEstoque) values ('G', 5.499, 101)"_s,
+            u"Insert into CadProdComb (Descritivo, codigoEstoque) values ('H', 102)"_s,
         });
-        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("007")).text(), QStringLiteral("101"));
-        QVERIFY(Module1::prod_vinculado(connection, QStringLiteral("8")).isNull());
-        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("9")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::prod_vinculado(connection, u"007"_s).text(), u"101"_s);
+        QVERIFY(Module1::prod_vinculado(connection, u"8"_s).isNull());
+        QCOMPARE(Module1::prod_vinculado(connection, u"9"_s).text(), u"0"_s);
         QVERIFY_THROWS_EXCEPTION(vb::Error, static_cast<void>(Module1::prod_vinculado(connection, QString())));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("101")).text(), QStringLiteral("5,499"));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("102")).text(), QStringLiteral("0"));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("103")).text(), QStringLiteral("0"));
-        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("7")), QStringLiteral("G"));
-        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("9")), QString());
+        QCOMPARE(Module1::valor_produto(connection, u"101"_s).text(), u"5,499"_s);
+        QCOMPARE(Module1::valor_produto(connection, u"102"_s).text(), u"0"_s);
+        QCOMPARE(Module1::valor_produto(connection, u"103"_s).text(), u"0"_s);
+        QCOMPARE(Module1::descritivo_bomba(connection, u"7"_s), u"G"_s);
+        QCOMPARE(Module1::descritivo_bomba(connection, u"9"_s), QString());
 
         const auto write = [&](const char* kind, const char* quantity) {
-            Module1::lanca_controle(station.services, QStringLiteral("21"), QStringLiteral("D'água"),
-                                    QString::fromLatin1(quantity), QStringLiteral("0503"), QString::fromLatin1(kind));
+            Module1::lanca_controle(station.services, u"21"_s, u"D'água"_s, QString::fromLatin1(quantity), u"0503"_s,
+                                    QString::fromLatin1(kind));
         };
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"0"_s);
         write("deb", "1.002,5");
         write("cred", "3");
         write("deb", "0,25");
         station.trace.clear();
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("1002,75"));
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"1002,75"_s);
         QCOMPARE(station.statements(),
-                 QStringList(
-                     QStringLiteral("open Select sum(deb) from ControleProdComb where codProd = 21 and dataOP = ") +
-                     (database.isMySql() ? QStringLiteral(" ' 2026/03/14 ' ") : QStringLiteral(" # 03/14/2026 # "))));
+                 QStringList(u"open Select sum(deb) from ControleProdComb where codProd = 21 and dataOP = "_s +
+                             (database.isMySql() ? u" ' 2026/03/14 ' "_s : u" # 03/14/2026 # "_s)));
         station.clock.set(QDateTime(QDate(2026, 3, 15), QTime(0, 0)));
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"0"_s);
         const QString today = station.shownDate(QDate(2026, 3, 14));
-        QCOMPARE(station.rows(QStringLiteral("ControleProdComb"),
-                              QStringLiteral("DataOP descritivo fornecedor NumeroNota cred deb")),
-                 (QStringList{today + QStringLiteral("|D'água|OperEmpresa|0503|0|1002.5"),
-                              today + QStringLiteral("|D'água|OperEmpresa|0503|3|0"),
-                              today + QStringLiteral("|D'água|OperEmpresa|0503|0|0.25")}));
+        QCOMPARE(station.rows(u"ControleProdComb"_s, u"DataOP descritivo fornecedor NumeroNota cred deb"_s),
+                 (QStringList{today + u"|D'água|OperEmpresa|0503|0|1002.5"_s, today + u"|D'água|OperEmpresa|0503|3|0"_s,
+                              today + u"|D'água|OperEmpresa|0503|0|0.25"_s}));
     }
 
     void emitente_data() { support::BothBackEnds::addRows(); }
@@ -141,12 +138,12 @@ private Q_SLOTS:
         Emitente nothing = Module1::carrega_emitente(database.connection()); // No table: no error, no texts.
         QCOMPARE(nothing.RazaoSocial + nothing.endereco, QString());
         support::makeStation(database);
-        database.script({QStringLiteral("update DatEmit set IE = null")});
+        database.script({u"update DatEmit set IE = null"_s});
         const Emitente read = Module1::carrega_emitente(database.connection());
-        QCOMPARE(read.RazaoSocial, QStringLiteral("Auto Posto Três Ipês Ltda"));
+        QCOMPARE(read.RazaoSocial, u"Auto Posto Três Ipês Ltda"_s);
         QCOMPARE(read.IE, QString());
-        QCOMPARE(read.CNPJ, QStringLiteral("00.111.222/0001-33"));
-        QCOMPARE(read.endereco, QStringLiteral("Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"));
+        QCOMPARE(read.CNPJ, u"00.111.222/0001-33"_s);
+        QCOMPARE(read.endereco, u"Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"_s);
     }
 
     void gateAlwaysStartsDenied()
@@ -165,7 +162,7 @@ private Q_SLOTS:
     /// A window that is closed while its handler lets events run lives until the handler has returned.
     void windowClosedInItsHandler()
     {
-        support::BothBackEnds database(QStringLiteral("access"));
+        support::BothBackEnds database(u"access"_s);
         const support::WindowTest station(database);
         QPointer<SomeWindow> window = new SomeWindow(station.services, nullptr);
         window->deleteWhenClosed();

@@ -109,24 +109,6 @@ private Q_SLOTS:
         QCOMPARE(otherProcess(), 0);
     }
 
-    void readsReadOnlyFiles()
-    {
-        ado::Connection connection;
-        {
-            ado::Connection maker;
-            maker.Open(odbcString(m_open));
-            maker.Execute(u"create table T (a long)"_s);
-        }
-        QFile::setPermissions(m_open, QFile::ReadOwner);
-        if (QFile probe(m_open); probe.open(QIODevice::ReadWrite))
-            QSKIP("this user may write everywhere");
-        connection.Open(odbcString(m_open));
-        Recordset rows;
-        rows.Open(u"Select * from T"_s, connection);
-        QVERIFY(rows.Eof());
-        QCOMPARE(errorOf([&] { connection.Execute(u"insert into T values (1)"_s); }).number(), -1809);
-    }
-
     void fieldTypes()
     {
         ado::Connection connection;

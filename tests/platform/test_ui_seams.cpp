@@ -324,19 +324,14 @@ private Q_SLOTS:
         }
         menu->close();
         QCOMPARE(box->text(), QStringLiteral("3,43,45"));
-    }
 
-    void droppedEnterStaysInTheFilter()
-    {
-        Window window;
-        auto* const box = new QLineEdit(QStringLiteral("1"), &window);
+        // What a filter drops reaches neither the box nor the window, Enter and Backspace included.
         new platform::KeyFilter(box, [](int) { return 0; });
-        window.show();
-        const QSignalSpy entered(box, &QLineEdit::returnPressed);
+        window.keys.clear();
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Backspace, Qt::Key_5})
             QTest::keyClick(box, key);
-        QCOMPARE(box->text(), QStringLiteral("1"));
-        QCOMPARE(entered.size(), 0);
+        QCOMPARE(box->text(), QStringLiteral("3,43,45"));
+        QCOMPARE(entered.size(), 1);
         QVERIFY(window.keys.isEmpty());
     }
 

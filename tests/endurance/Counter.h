@@ -6,8 +6,8 @@
 #include "shared/Emitente.h"
 #include "shared/Services.h"
 #include "shared/SupervisorGate.h"
-#include "support/Doubles.h"
 #include "support/PrintDoubles.h"
+#include "support/WindowTest.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -40,15 +40,7 @@ public:
     template <typename T>
     [[nodiscard]] T& child(const char* name) const
     {
-        return childOf<T>(*m_window, name);
-    }
-    template <typename T>
-    [[nodiscard]] static T& childOf(const QWidget& window, const char* name)
-    {
-        T* const found = window.findChild<T*>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return *found;
+        return support::control<T>(*m_window, name);
     }
     [[nodiscard]] platform::FlexGrid& grid(const char* name) const;
     [[nodiscard]] frmprincipal& window() { return *m_window; }

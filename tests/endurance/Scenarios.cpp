@@ -29,6 +29,8 @@ namespace endurance {
 
 namespace {
 
+using support::control;
+
 const QDate Today(2024, 3, 15);
 
 /// From here on the statements go to the pipe.
@@ -47,12 +49,12 @@ std::unique_ptr<Window> opened(Counter& counter, const More&... more)
 
 void click(const QWidget& window, const char* button)
 {
-    Counter::childOf<QAbstractButton>(window, button).click();
+    control<QAbstractButton>(window, button).click();
 }
 
 void set(const QWidget& window, const char* box, const char* text)
 {
-    Counter::childOf<QLineEdit>(window, box).setText(QString::fromUtf8(text));
+    control<QLineEdit>(window, box).setText(QString::fromUtf8(text));
 }
 
 void closing(Counter& counter, const Begin& begin)
@@ -87,7 +89,7 @@ void pump(Counter& counter, const Begin& begin)
     set(*window, "tx_2", "2");
     set(*window, "tx_0", "GASOLINA NOVA");
     set(*window, "tx_1", "777,7");
-    Counter::childOf<QComboBox>(*window, "Combo2").setCurrentIndex(2);
+    control<QComboBox>(*window, "Combo2").setCurrentIndex(2);
     begin();
     click(*window, "Buttom_Mega1");
 }
@@ -95,7 +97,7 @@ void pump(Counter& counter, const Begin& begin)
 void product(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmCadProd>(counter);
-    Counter::childOf<QLabel>(*window, "Label1").setText(QStringLiteral("Etanol"));
+    control<QLabel>(*window, "Label1").setText(QStringLiteral("Etanol"));
     set(*window, "Text1", "00102");
     set(*window, "Text2", "4,25");
     begin();
@@ -105,18 +107,18 @@ void product(Counter& counter, const Begin& begin)
 void item(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmdiversos>(counter);
-    auto& stock = Counter::childOf<platform::FlexGrid>(*window, "flex");
+    auto& stock = control<platform::FlexGrid>(*window, "flex");
     stock.setRow(1);
     QTest::keyClick(&stock, Qt::Key_Return);
     set(*window, "Text2", "7");
     begin();
-    QTest::keyClick(&Counter::childOf<QLineEdit>(*window, "Text2"), Qt::Key_Return);
+    QTest::keyClick(&control<QLineEdit>(*window, "Text2"), Qt::Key_Return);
 }
 
 void itemEdit(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmdiversos>(counter);
-    auto& items = Counter::childOf<platform::FlexGrid>(*window, "Flex1");
+    auto& items = control<platform::FlexGrid>(*window, "Flex1");
     items.setRow(1);
     QTest::keyClick(&items, Qt::Key_Space);
     set(*window, "Text4", "33,00");
@@ -127,7 +129,7 @@ void itemEdit(Counter& counter, const Begin& begin)
 void ledger(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmControlEstoqueParal>(counter, PrintListing());
-    Counter::childOf<platform::ListBox>(*window, "List1").setCurrentRow(0);
+    control<platform::ListBox>(*window, "List1").setCurrentRow(0);
     set(*window, "tx_0", "100");
     begin();
     click(*window, "BTM");
@@ -136,7 +138,7 @@ void ledger(Counter& counter, const Begin& begin)
 void gauging(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmReguaL>(counter);
-    auto& lines = Counter::childOf<QListWidget>(*window, "List1");
+    auto& lines = control<QListWidget>(*window, "List1");
     lines.setFocus();
     lines.setCurrentRow(1);
     begin();
@@ -146,7 +148,7 @@ void gauging(Counter& counter, const Begin& begin)
 void gaugeTable(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmEditTabTanque>(counter);
-    auto& lines = Counter::childOf<platform::FlexGrid>(*window, "flex");
+    auto& lines = control<platform::FlexGrid>(*window, "flex");
     lines.setRow(1);
     QTest::keyClick(&lines, Qt::Key_Return);
     set(*window, "Text2", "4321");

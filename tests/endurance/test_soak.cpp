@@ -33,6 +33,7 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // NOLINT: the
 
 using endurance::Counter;
 using endurance::settle;
+using support::control;
 
 namespace {
 
@@ -166,12 +167,12 @@ private:
         ledger.show();
         settle();
         settle();
-        auto& products = Counter::childOf<platform::ListBox>(ledger, "List1");
+        auto& products = control<platform::ListBox>(ledger, "List1");
         QCOMPARE(products.count(), Products);
         products.setCurrentRow(0);
         const qint64 delivered = amount(1, 9'999'999);
-        Counter::childOf<QLineEdit>(ledger, "tx_0").setText(shown(delivered));
-        Counter::childOf<QAbstractButton>(ledger, "BTM").click();
+        control<QLineEdit>(ledger, "tx_0").setText(shown(delivered));
+        control<QAbstractButton>(ledger, "BTM").click();
         m_books.credits += delivered;
         ledger.close();
 
@@ -190,13 +191,13 @@ private:
         gauging.show();
         settle();
         settle();
-        Counter::childOf<platform::DatePicker>(gauging, "DTP").setValue(day);
-        auto& lines = Counter::childOf<QListWidget>(gauging, "List1");
+        control<platform::DatePicker>(gauging, "DTP").setValue(day);
+        auto& lines = control<QListWidget>(gauging, "List1");
         QCOMPARE(lines.count(), 100);
         lines.setFocus();
         lines.setCurrentRow(static_cast<int>(day.toJulianDay() % 100));
-        Counter::childOf<QAbstractButton>(gauging, "Command1").click();
-        QCOMPARE(Counter::childOf<platform::FlexGrid>(gauging, "flex").Rows(), 2);
+        control<QAbstractButton>(gauging, "Command1").click();
+        QCOMPARE(control<platform::FlexGrid>(gauging, "flex").Rows(), 2);
         gauging.close();
     }
 

@@ -65,10 +65,7 @@ struct WindowTest
     /// The rows of a table from outside, cells joined by "|"; columns separated by a blank.
     [[nodiscard]] QStringList rows(const QString& table, const QString& columns) const
     {
-        QStringList lines;
-        for (const QStringList& row : database.table(table, columns.split(u' ')))
-            lines << row.join(u'|');
-        return lines;
+        return database.rows(table, columns);
     }
     /// The statements since the last look, and forgets them.
     [[nodiscard]] QStringList statements()

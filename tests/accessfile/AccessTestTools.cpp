@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QUuid>
 
 #include <algorithm>
 #include <cmath>
@@ -21,16 +22,13 @@ const QByteArray rowEnd = "<~||~>\n";
 
 std::string hexOf(const Bytes& bytes)
 {
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()))
-        .toHex()
-        .toUpper()
-        .toStdString();
+    return QByteArrayView(bytes.data(), bytes.size()).toByteArray().toHex().toUpper().toStdString();
 }
 
 /// Days as the other reader prints them: to the second, rounded.
 std::string dateText(double serial)
 {
-    const double days = std::floor(serial) < 0 ? std::ceil(serial) : std::floor(serial);
+    const double days = std::trunc(serial);
     const double fraction = std::fabs(serial - days);
     return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), Qt::UTC)
         .addSecs(static_cast<qint64>(std::floor(fraction * 86400 + 0.5)))
@@ -58,11 +56,7 @@ std::string numericText(Numeric number)
 /// As the other reader groups its digits.
 std::string guidText(const Guid& guid)
 {
-    const std::string hex = hexOf({guid.bytes.begin(), guid.bytes.end()});
-    return QString::fromStdString("{" + hex.substr(0, 8) + "-" + hex.substr(8, 4) + "-" + hex.substr(12, 4) + "-" +
-                                  hex.substr(16) + "}")
-        .toUpper()
-        .toStdString();
+    return QUuid::fromRfc4122(QByteArrayView(guid.bytes)).toString().remove(24, 1).toUpper().toStdString();
 }
 
 struct CellText
@@ -121,17 +115,26 @@ bool exporterInstalled()
     return !QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty();
 }
 
-Rows exportedRows(const QString& file, const Table& table)
+namespace {
+
+QByteArray outputOf(const QString& program, const QStringList& arguments)
 {
     QProcess process;
-    process.start(QStringLiteral("mdb-export"),
-                  {QStringLiteral("-H"), QStringLiteral("-Q"), QStringLiteral("-d"), QString::fromLatin1(cellEnd),
-                   QStringLiteral("-R"), QString::fromLatin1(rowEnd), QStringLiteral("-D"),
-                   QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d %H:%M:%S"),
-                   QStringLiteral("-b"), QStringLiteral("hex"), file, QString::fromStdString(table.name())});
+    process.start(program, arguments);
     if (!process.waitForFinished() || process.exitCode() != 0)
-        throw std::runtime_error("mdb-export: " + process.readAllStandardError().toStdString());
-    const QByteArray output = process.readAllStandardOutput();
+        throw std::runtime_error(process.readAllStandardError().toStdString());
+    return process.readAllStandardOutput();
+}
+
+/// Rows of a table as another reader of the format shows them.
+Rows exportedRows(const QString& file, const Table& table)
+{
+    const QStringList options =
+        QStringLiteral("-H -Q -b hex -d %1 -R %2").arg(QLatin1String(cellEnd), QLatin1String(rowEnd)).split(u' ');
+    const QString moment = QStringLiteral("%Y-%m-%d %H:%M:%S");
+    const QByteArray output = outputOf(QStringLiteral("mdb-export"),
+                                       options + QStringList{QStringLiteral("-D"), moment, QStringLiteral("-T"), moment,
+                                                             file, QString::fromStdString(table.name())});
     Rows rows;
     for (qsizetype at = 0; at < output.size();) {
         const qsizetype end = output.indexOf(rowEnd, at);
@@ -148,32 +151,32 @@ Rows exportedRows(const QString& file, const Table& table)
     return rows;
 }
 
+} // namespace
+
 QString exportDifference(Storage& storage, const QString& file, std::size_t* cells)
 {
+    QStringList listed = QString::fromUtf8(outputOf(QStringLiteral("mdb-tables"), {QStringLiteral("-1"), file}))
+                             .split(u'\n', Qt::SkipEmptyParts);
+    QStringList names = joined(storage.tableNames()).split(u'\n', Qt::SkipEmptyParts);
+    listed.sort();
+    names.sort();
+    if (listed != names)
+        return QStringLiteral("tables: %1, listed %2").arg(names.join(u'|'), listed.join(u'|'));
     for (const std::string& name : storage.tableNames()) {
-        const Table& table = *storage.table(name);
-        Rows own = rowsOf(table);
-        Rows other = exportedRows(file, table);
+        const Table& read = *storage.table(name);
+        Rows own = rowsOf(read);
+        Rows other = exportedRows(file, read);
         // The other reader lists moved rows where their bytes are.
         std::sort(own.begin(), own.end());
         std::sort(other.begin(), other.end());
+        const QString table = QString::fromStdString(name);
         if (own.size() != other.size())
-            return QStringLiteral("%1: %2 rows, exported %3")
-                .arg(QString::fromStdString(name))
-                .arg(own.size())
-                .arg(other.size());
-        for (std::size_t i = 0; i < own.size(); ++i) {
-            for (std::size_t j = 0; j < own[i].size(); ++j) {
-                if (own[i][j] != other[i][j])
-                    return QStringLiteral("%1, row %2, %3: '%4', exported '%5'")
-                        .arg(QString::fromStdString(name))
-                        .arg(i)
-                        .arg(QString::fromStdString(table.columns()[j].name), QString::fromStdString(own[i][j]),
-                             QString::fromStdString(other[i][j]));
-            }
-            if (cells != nullptr)
-                *cells += own[i].size();
-        }
+            return QStringLiteral("%1: %2 rows, exported %3").arg(table).arg(own.size()).arg(other.size());
+        const auto [row, exported] = std::mismatch(own.begin(), own.end(), other.begin());
+        if (row != own.end())
+            return table + QStringLiteral(": ") + joined(*row) + QStringLiteral("exported: ") + joined(*exported);
+        if (cells != nullptr)
+            *cells += own.size() * read.columns().size();
     }
     return {};
 }
@@ -215,9 +218,7 @@ QString sharedFolder()
 QByteArray fileBytes(const QString& file)
 {
     QFile reader(file);
-    if (!reader.open(QIODevice::ReadOnly))
-        return {};
-    return reader.readAll();
+    return reader.open(QIODevice::ReadOnly) ? reader.readAll() : QByteArray();
 }
 
 Column column(const char* name, ColumnType type, int length)
@@ -248,9 +249,40 @@ std::optional<ErrorKind> errorOf(const std::function<void()>& action)
     return std::nullopt;
 }
 
+MemoryStation::MemoryStation(const OpenOptions& options, const Bytes& content)
+{
+    if (content.empty())
+        createStorage(m_files, stationFile, options.password);
+    else
+        m_files.setContent(stationFile, content);
+    reopen(options);
+}
+
+void MemoryStation::reopen(const OpenOptions& options)
+{
+    m_storage.reset();
+    m_storage = openStorage(m_files, stationFile, options);
+}
+
+std::vector<RowId> rowIdsOf(const Table& table)
+{
+    std::vector<RowId> rows;
+    for (const auto cursor = table.scan(); cursor->next();)
+        rows.push_back(cursor->rowId());
+    return rows;
+}
+
+Cells ValueMaker::row(const std::vector<Column>& columns)
+{
+    Cells row;
+    for (const Column& each : columns)
+        row.push_back(each.autonumber ? std::nullopt : std::optional(value(each)));
+    return row;
+}
+
 std::size_t ValueMaker::below(std::size_t limit)
 {
-    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(m_engine);
+    return limit == 0 ? 0 : std::uniform_int_distribution<std::size_t>(0, limit - 1)(m_engine);
 }
 
 std::string ValueMaker::text(std::size_t length)

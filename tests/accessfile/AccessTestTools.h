@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accessfile/FaultyFiles.h"
 #include "accessfile/StorageFile.h"
 
 #include <QString>
@@ -10,15 +11,17 @@
 namespace accesstest {
 
 using Rows = std::vector<std::vector<std::string>>;
+/// A row to insert: nullopt takes the autonumber, the default or Null.
+using Cells = std::vector<std::optional<accessfile::Value>>;
+using Changes = std::vector<std::pair<int, accessfile::Value>>;
 
 /// A cell as the other reader shows it; null is the empty text.
 [[nodiscard]] std::string cellText(const accessfile::Value& value);
 /// Cells of every row as texts, in the order of a scan; null and the empty text look the same.
 [[nodiscard]] Rows rowsOf(const accessfile::Table& table);
-/// The same as another reader of the format shows it; raises std::runtime_error when it fails.
-[[nodiscard]] Rows exportedRows(const QString& file, const accessfile::Table& table);
 [[nodiscard]] bool exporterInstalled();
-/// First difference between what the engine reads and what the other reader does; empty when there is none.
+/// First difference between the tables and rows that the engine reads and those that another reader of the format
+/// does; empty when there is none.
 [[nodiscard]] QString exportDifference(accessfile::Storage& storage, const QString& file, std::size_t* cells = nullptr);
 
 /// Everything a file holds, for comparing two states of it.
@@ -28,12 +31,32 @@ using Rows = std::vector<std::vector<std::string>>;
 /// Folder of the real files, empty when it is not there.
 [[nodiscard]] QString sharedFolder();
 [[nodiscard]] QByteArray fileBytes(const QString& file);
+[[nodiscard]] std::vector<accessfile::RowId> rowIdsOf(const accessfile::Table& table);
 
 [[nodiscard]] accessfile::Column column(const char* name, accessfile::ColumnType type, int length = 0);
 [[nodiscard]] accessfile::Index index(const char* name, std::vector<accessfile::IndexColumn> columns,
                                       bool unique = false);
 /// Kind of the error that `action` raises; nullopt when it raises none.
 [[nodiscard]] std::optional<accessfile::ErrorKind> errorOf(const std::function<void()>& action);
+
+/// A data file on files in memory.
+class MemoryStation
+{
+public:
+    /// A blank file, or one with the content given.
+    explicit MemoryStation(const accessfile::OpenOptions& options = {}, const accessfile::Bytes& content = {});
+    accessfile::StorageFile* operator->() { return m_storage.get(); }
+    accessfile::StorageFile& operator*() { return *m_storage; }
+    FaultyFiles& files() { return m_files; }
+    [[nodiscard]] accessfile::Bytes bytes() const { return m_files.content(stationFile); }
+    void reopen(const accessfile::OpenOptions& options = {});
+    /// What the self-check finds.
+    [[nodiscard]] QString faults() { return joined(m_storage->verify()); }
+
+private:
+    FaultyFiles m_files;
+    std::unique_ptr<accessfile::StorageFile> m_storage;
+};
 
 /// Random values of a column's type.
 class ValueMaker
@@ -43,6 +66,9 @@ public:
         : m_engine(seed)
     {}
     [[nodiscard]] accessfile::Value value(const accessfile::Column& column);
+    /// A value for every column but the autonumbers.
+    [[nodiscard]] Cells row(const std::vector<accessfile::Column>& columns);
+    /// A number from 0 up to the limit, which is left out; 0 where it is 0.
     [[nodiscard]] std::size_t below(std::size_t limit);
 
 private:

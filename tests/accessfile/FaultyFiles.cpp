@@ -79,18 +79,13 @@ void FaultyFiles::change(bool grows)
         --m_left;
         return;
     }
-    if (m_fault == Fault::Stop) {
-        m_failed = true;
+    const bool fails =
+        m_fault == Fault::Stop || (m_fault == Fault::Glitch && !m_failed) || (m_fault == Fault::Full && grows);
+    m_failed = m_failed || fails;
+    if (fails && m_fault == Fault::Stop)
         throw Stopped();
-    }
-    if (m_fault == Fault::Glitch && !m_failed) {
-        m_failed = true;
+    if (fails)
         throw Error(ErrorKind::IoError, "Erro de entrada e saída.");
-    }
-    if (m_fault == Fault::Full && grows) {
-        m_failed = true;
-        throw Error(ErrorKind::IoError, "Não há espaço no disco.");
-    }
 }
 
 void FaultyFiles::apply(Bytes& to, const Change& change)
@@ -110,17 +105,15 @@ void FaultyFiles::loseUnsynced(std::mt19937& engine)
     for (auto& [name, file] : m_files) {
         const bool allKept = chance(4);
         for (const Change& each : file->unsynced) {
-            if (each.truncates) {
-                if (allKept || chance(2))
-                    apply(file->durable, each);
-                continue;
-            }
-            for (std::size_t at = 0; at < each.bytes.size(); at += sector) {
-                const std::size_t length = std::min(sector, each.bytes.size() - at);
+            // A truncation is lost or not; of a write each sector is.
+            const std::size_t end = each.truncates ? 1 : each.bytes.size();
+            for (std::size_t at = 0; at < end; at += sector) {
+                if (!allKept && !chance(2))
+                    continue;
                 const auto from = each.bytes.begin() + static_cast<std::ptrdiff_t>(at);
-                if (allKept || chance(2))
-                    apply(file->durable,
-                          {each.offset + at, Bytes(from, from + static_cast<std::ptrdiff_t>(length)), false});
+                const std::size_t length = each.truncates ? 0 : std::min(sector, end - at);
+                apply(file->durable,
+                      {each.offset + at, Bytes(from, from + static_cast<std::ptrdiff_t>(length)), each.truncates});
             }
         }
         file->unsynced.clear();

@@ -10,6 +10,9 @@
 
 namespace accesstest {
 
+/// Name of the one data file in memory.
+inline const std::filesystem::path stationFile = "posto.mdb";
+
 /// The machine stopped: raised by the operation that did not happen any more, and by all behind it.
 struct Stopped
 {};

@@ -1,7 +1,6 @@
 // fuzz_storage COUNT [FIRST]: damages small files in COUNT ways, numbered from FIRST, and takes each through opening,
 // reading, the self-check and writing. Anything but a result or an Error of the engine ends the run with the number.
 #include "accessfile/AccessTestTools.h"
-#include "accessfile/FaultyFiles.h"
 
 #include <algorithm>
 #include <chrono>
@@ -17,18 +16,15 @@ using namespace accesstest;
 
 namespace {
 
-const std::filesystem::path file = "posto.mdb";
 constexpr auto longestCase = std::chrono::seconds(20);
 constexpr std::size_t mostMemory = 1500; ///< Megabytes.
 
 Bytes smallStation(unsigned seed)
 {
-    FaultyFiles files;
-    createStorage(files, file, {});
-    const auto storage = openStorage(files, file, {});
-    std::array columns = {column("codigo", ColumnType::Long),   column("nome", ColumnType::Text, 120),
-                          column("quando", ColumnType::Date),   column("obs", ColumnType::Memo),
-                          column("documento", ColumnType::Ole), column("ligado", ColumnType::Bool)};
+    MemoryStation storage;
+    std::vector columns = {column("codigo", ColumnType::Long),   column("nome", ColumnType::Text, 120),
+                           column("quando", ColumnType::Date),   column("obs", ColumnType::Memo),
+                           column("documento", ColumnType::Ole), column("ligado", ColumnType::Bool)};
     columns[0].autonumber = true;
     columns[2].defaultExpression = "1";
     storage->createTable("Leitura", columns,
@@ -38,85 +34,64 @@ Bytes smallStation(unsigned seed)
     storage->beginStatement();
     Table& table = *storage->table("Leitura");
     for (int i = 0; i < 90; ++i) {
-        std::vector<std::optional<Value>> row;
-        for (const Column& each : columns) {
-            const bool rarely = each.type == ColumnType::Memo || each.type == ColumnType::Ole;
-            row.push_back(each.autonumber || (rarely && i % 20 != 0) ? std::nullopt : std::optional(maker.value(each)));
-        }
+        Cells row = maker.row(columns);
+        if (i % 20 != 0)
+            row[3] = row[4] = std::nullopt;
         const RowId id = table.insert(row);
-        const std::array longer = {std::pair(1, Value(std::string(100 + maker.below(20), 'g')))};
         if (i % 9 == 0)
-            table.update(id, longer);
+            table.update(id, Changes{{1, std::string(100 + maker.below(20), 'g')}});
         if (i % 14 == 0)
             table.erase(id);
     }
     storage->commitStatement();
-    return files.content(file);
+    return storage.bytes();
 }
 
-class Damage
+/// A byte of a page; its head, where the structure is, as often as the rest.
+std::size_t place(ValueMaker& random, const Bytes& bytes)
 {
-public:
-    explicit Damage(std::size_t number)
-        : m_engine(static_cast<std::mt19937::result_type>(number))
-    {}
-    void apply(Bytes& bytes)
-    {
-        for (std::size_t times = 1 + below(4); times > 0; --times)
-            once(bytes);
-    }
-    std::size_t below(std::size_t limit)
-    {
-        return limit == 0 ? 0 : std::uniform_int_distribution<std::size_t>(0, limit - 1)(m_engine);
-    }
+    const std::size_t page = random.below(bytes.size() / pageSize);
+    const std::size_t at = page * pageSize + random.below(random.below(2) == 0 ? 96 : pageSize);
+    return std::min(at, bytes.size() - 5);
+}
 
-private:
-    /// A byte of a page; its head, where the structure is, as often as the rest.
-    std::size_t place(const Bytes& bytes)
-    {
-        const std::size_t page = below(bytes.size() / pageSize);
-        const std::size_t at = page * pageSize + (below(2) == 0 ? below(96) : below(pageSize));
-        return std::min(at, bytes.size() - 5);
+void damageOnce(ValueMaker& random, Bytes& bytes)
+{
+    if (bytes.size() < 2 * pageSize)
+        return;
+    const std::size_t pages = bytes.size() / pageSize;
+    const std::size_t at = place(random, bytes);
+    const auto there = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+    switch (random.below(8)) {
+    case 0:
+        bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ 1U << random.below(8));
+        break;
+    case 1:
+        bytes[at] = static_cast<std::uint8_t>(random.below(256));
+        break;
+    case 2: // A pointer to somewhere in the file: loops of chains, maps and trees.
+        store32(bytes.data() + at, static_cast<std::uint32_t>(random.below(pages + 2)));
+        break;
+    case 3:
+        store32(bytes.data() + at, static_cast<std::uint32_t>(random.below(pages) << 8 | random.below(4)));
+        break;
+    case 4:
+        store16(bytes.data() + at, std::array<std::size_t, 4>{0, 0xFFFF, 0x0FFF, 0x8000}[random.below(4)]);
+        break;
+    case 5: { // A page over another.
+        const std::size_t from = random.below(pages) * pageSize;
+        std::memmove(bytes.data() + random.below(pages) * pageSize, bytes.data() + from, pageSize);
+        break;
     }
-    void once(Bytes& bytes)
-    {
-        if (bytes.size() < 2 * pageSize)
-            return;
-        const std::size_t pages = bytes.size() / pageSize;
-        const std::size_t at = place(bytes);
-        switch (below(8)) {
-        case 0:
-            bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ 1U << below(8));
-            break;
-        case 1:
-            bytes[at] = static_cast<std::uint8_t>(below(256));
-            break;
-        case 2: // A pointer to somewhere in the file: loops of chains, maps and trees.
-            store32(bytes.data() + at, static_cast<std::uint32_t>(below(pages + 2)));
-            break;
-        case 3:
-            store32(bytes.data() + at, static_cast<std::uint32_t>(below(pages) << 8 | below(4)));
-            break;
-        case 4:
-            store16(bytes.data() + at, std::array<std::size_t, 4>{0, 0xFFFF, 0x0FFF, 0x8000}[below(4)]);
-            break;
-        case 5: { // A page over another.
-            const std::size_t from = below(pages) * pageSize;
-            std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(from), pageSize,
-                        bytes.begin() + static_cast<std::ptrdiff_t>(below(pages) * pageSize));
-            break;
-        }
-        case 6:
-            std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), std::min(1 + below(64), bytes.size() - at),
-                        static_cast<std::uint8_t>(below(2) * 0xFF));
-            break;
-        default:
-            if (below(4) == 0)
-                bytes.resize(below(2) == 0 ? below(pages) * pageSize : below(bytes.size()));
-        }
+    case 6:
+        std::fill_n(there, std::min(1 + random.below(64), bytes.size() - at),
+                    static_cast<std::uint8_t>(random.below(2) * 0xFF));
+        break;
+    default:
+        if (random.below(4) == 0)
+            bytes.resize(random.below(2) == 0 ? random.below(pages) * pageSize : random.below(bytes.size()));
     }
-    std::mt19937 m_engine;
-};
+}
 
 /// Tries an action to its end or to an Error.
 void attempt(const std::function<void()>& action)
@@ -127,11 +102,10 @@ void attempt(const std::function<void()>& action)
     }
 }
 
-void use(FaultyFiles& files, Damage& damage, std::size_t number)
+void use(FaultyFiles& files, ValueMaker& random)
 {
-    const auto storage = openStorage(files, file, {});
+    const auto storage = openStorage(files, stationFile, {});
     attempt([&] { static_cast<void>(storage->verify()); });
-    ValueMaker maker(static_cast<unsigned>(number));
     for (const std::string& name : storage->tableNames()) {
         attempt([&] {
             Table& table = *storage->table(name);
@@ -146,44 +120,32 @@ void use(FaultyFiles& files, Damage& damage, std::size_t number)
             for (std::size_t i = 0; i < table.indexes().size(); ++i) {
                 attempt([&] {
                     std::size_t found = 0;
-                    KeyRange range;
-                    for (const auto cursor = table.range(static_cast<int>(i), range); cursor->next() && found < 5000;)
+                    for (const auto cursor = table.range(static_cast<int>(i), {}); cursor->next() && found < 5000;)
                         ++found;
                 });
             }
             for (int i = 0; i < 6; ++i) {
-                std::vector<std::optional<Value>> row;
-                for (const Column& each : table.columns())
-                    row.push_back(each.autonumber ? std::nullopt : std::optional(maker.value(each)));
-                const std::size_t chosen = rows.empty() ? 0 : damage.below(rows.size());
-                const std::size_t changed = damage.below(row.size());
+                const Cells row = random.row(table.columns());
+                const std::size_t chosen = rows.empty() ? 0 : random.below(rows.size());
+                const std::size_t changed = random.below(row.size());
                 attempt([&] { rows.push_back(table.insert(row)); });
                 if (rows.empty() || row.empty())
                     continue;
-                attempt([&] {
-                    const std::array change = {
-                        std::pair(static_cast<int>(changed), row.at(changed).value_or(Value(Null{})))};
-                    table.update(rows.at(chosen), change);
-                });
+                const Changes change = {{static_cast<int>(changed), row[changed].value_or(Null{})}};
+                attempt([&] { table.update(rows.at(chosen), change); });
                 attempt([&] { table.erase(rows.at(chosen)); });
             }
         });
-        switch (damage.below(6)) {
-        case 0:
-            attempt([&] { storage->addColumn(name, column("mais", ColumnType::Memo)); });
-            break;
-        case 1:
-            attempt([&] { storage->createIndex(name, index("Mais", {{0, false}})); });
-            break;
-        case 2:
-            attempt([&] { storage->dropTable(name); });
-            break;
-        case 3:
-            attempt([&] { storage->setPassword("8282"); });
-            break;
-        default:
-            break;
-        }
+        const std::array<std::function<void()>, 6> definitions = {
+            [&] { storage->addColumn(name, column("mais", ColumnType::Memo)); },
+            [&] {
+                storage->createIndex(name, index("Mais", {{0, false}}));
+            },
+            [&] { storage->dropTable(name); },
+            [&] { storage->setPassword("8282"); },
+            [] {},
+            [] {}};
+        attempt(definitions.at(random.below(definitions.size())));
     }
     attempt([&] { storage->createTable("Nova", std::array{column("n", ColumnType::Text, 9)}, {}); });
 }
@@ -212,14 +174,15 @@ int main(int count, char** values)
     const std::array<Bytes, 3> stations = {smallStation(1), smallStation(2), smallStation(3)};
     std::size_t opened = 0;
     for (std::size_t number = first; number < first + cases; ++number) {
-        Damage damage(number);
+        ValueMaker random(static_cast<unsigned>(number));
         Bytes bytes = stations[number % stations.size()];
-        damage.apply(bytes);
+        for (std::size_t times = 1 + random.below(4); times > 0; --times)
+            damageOnce(random, bytes);
         FaultyFiles files;
-        files.setContent(file, std::move(bytes));
+        files.setContent(stationFile, std::move(bytes));
         const auto start = std::chrono::steady_clock::now();
         try {
-            use(files, damage, number);
+            use(files, random);
             ++opened;
         } catch (const Error&) {
         } catch (const std::exception& error) {

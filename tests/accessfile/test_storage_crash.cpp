@@ -1,5 +1,4 @@
 #include "accessfile/AccessTestTools.h"
-#include "accessfile/FaultyFiles.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -11,27 +10,15 @@ using namespace accesstest;
 
 namespace {
 
-const std::filesystem::path file = "posto.mdb";
-
 struct Statement
 {
     const char* name;
     std::function<void(Storage&)> run;
 };
 
-std::vector<std::optional<Value>> reading(int day, const std::string& note)
+Cells reading(int day, const std::string& note)
 {
     return {std::nullopt, DateTime{45000.0 + day}, day % 12, std::string("1.234,5") + std::to_string(day), note};
-}
-
-RowId rowAt(Storage& storage, std::size_t position)
-{
-    const auto cursor = storage.table("Leitura")->scan();
-    for (std::size_t i = 0; i <= position; ++i) {
-        if (!cursor->next())
-            throw std::runtime_error("no such row");
-    }
-    return cursor->rowId();
 }
 
 /// The statements that a closing and the registers make, and each kind of change of the catalog.
@@ -48,16 +35,14 @@ const std::vector<Statement>& statements()
          }},
         {"update that moves the row",
          [](Storage& storage) {
-             const std::array change = {std::pair(3, Value(std::string(200, 'm'))),
-                                        std::pair(4, Value(std::string(900, 'n')))};
+             const std::vector<RowId> rows = rowIdsOf(*storage.table("Leitura"));
              for (std::size_t i = 0; i < 8; ++i)
-                 storage.table("Leitura")->update(rowAt(storage, i), change);
+                 storage.table("Leitura")->update(rows[i],
+                                                  Changes{{3, std::string(200, 'm')}, {4, std::string(900, 'n')}});
          }},
         {"delete",
          [](Storage& storage) {
-             std::vector<RowId> rows;
-             for (const auto cursor = storage.table("Leitura")->scan(); cursor->next();)
-                 rows.push_back(cursor->rowId());
+             const std::vector<RowId> rows = rowIdsOf(*storage.table("Leitura"));
              for (std::size_t i = 0; i < rows.size(); i += 2)
                  storage.table("Leitura")->erase(rows[i]);
          }},
@@ -77,12 +62,13 @@ const std::vector<Statement>& statements()
     return all;
 }
 
-/// A station of 120 readings, on files in memory.
+const Statement& closing = statements()[2];
+const OpenOptions usual{.password = "8282"};
+
+/// A station of 120 readings.
 Bytes makeStation()
 {
-    FaultyFiles files;
-    createStorage(files, file, "8282");
-    const auto storage = openStorage(files, file, {.password = "8282"});
+    MemoryStation storage(usual);
     std::array columns = {column("CodigoI", ColumnType::Long), column("DataLT", ColumnType::Date),
                           column("cdgBomba", ColumnType::Long), column("LeitAnt", ColumnType::Text, 255),
                           column("Obs", ColumnType::Memo)};
@@ -95,30 +81,36 @@ Bytes makeStation()
     for (int i = 0; i < 120; ++i)
         storage->table("Leitura")->insert(reading(i / 10, i % 5 == 0 ? std::string(500, 'o') : "nota"));
     storage->commitStatement();
-    return files.content(file);
+    return storage.bytes();
 }
 
-const Bytes& station()
+FaultyFiles stationFiles()
 {
     static const Bytes bytes = makeStation();
-    return bytes;
+    FaultyFiles files;
+    files.setContent(stationFile, bytes);
+    return files;
 }
 
-std::string contentAfterOpening(FaultyFiles& files, QString& faults)
+std::unique_ptr<StorageFile> opened(FaultyFiles& files, const OpenOptions& options = usual)
+{
+    return openStorage(files, stationFile, options);
+}
+
+/// What an opening finds, faults of the self-check among it.
+std::string contentAfterOpening(FaultyFiles& files)
 {
     std::unique_ptr<StorageFile> storage;
-    try {
-        storage = openStorage(files, file, {.password = "8282"});
-    } catch (const Error& error) {
-        if (error.kind() != ErrorKind::WrongPassword)
-            throw;
-        storage = openStorage(files, file, {.password = "outra"});
-    }
-    faults = joined(storage->verify());
-    return contentOf(*storage) + (storage->acceptsPassword("outra") ? "outra" : "8282");
+    if (errorOf([&] { storage = opened(files); }) == ErrorKind::WrongPassword)
+        storage = opened(files, {.password = "outra"});
+    if (storage == nullptr)
+        return "not opened";
+    const std::vector<std::string> faults = storage->verify();
+    return (faults.empty() ? "" : "faulty: " + faults.front()) + contentOf(*storage) +
+           (storage->acceptsPassword("outra") ? "outra" : "8282");
 }
 
-static void runAsUnit(StorageFile& storage, const Statement& statement)
+void runAsUnit(StorageFile& storage, const Statement& statement)
 {
     storage.beginStatement();
     try {
@@ -130,26 +122,37 @@ static void runAsUnit(StorageFile& storage, const Statement& statement)
     }
 }
 
-/// Files of a closing that stopped among its page writes, with its journal; `before` is what the closing found.
-FaultyFiles stoppedClosing(std::string& before)
+/// Contents of a sound file before and after statements that nothing disturbs.
+struct Undisturbed
 {
-    QString faults;
-    FaultyFiles whole;
-    whole.setContent(file, station());
-    before = contentAfterOpening(whole, faults);
-    std::size_t changes = 0;
+    explicit Undisturbed(const Statement& statement, const Statement* first = nullptr)
     {
-        const auto storage = openStorage(whole, file, {.password = "8282"});
-        whole.failAfter(1'000'000, FaultyFiles::Fault::None);
-        runAsUnit(*storage, statements()[2]);
-        changes = whole.changes();
+        FaultyFiles files = stationFiles();
+        if (first != nullptr)
+            runAsUnit(*opened(files), *first);
+        before = contentAfterOpening(files);
+        {
+            const auto storage = opened(files);
+            files.failAfter(1'000'000, FaultyFiles::Fault::None);
+            runAsUnit(*storage, statement);
+            changes = files.changes();
+        }
+        after = contentAfterOpening(files);
+        QVERIFY(before != after && !before.starts_with("faulty") && !after.starts_with("faulty"));
     }
-    FaultyFiles files;
-    files.setContent(file, station());
+    std::string before;
+    std::string after;
+    std::size_t changes = 0;
+};
+
+/// Files of a closing that stopped among its page writes, with its journal.
+FaultyFiles stoppedClosing(const Undisturbed& whole)
+{
+    FaultyFiles files = stationFiles();
     try {
-        const auto storage = openStorage(files, file, {.password = "8282"});
-        files.failAfter(changes - 4, FaultyFiles::Fault::Stop);
-        runAsUnit(*storage, statements()[2]);
+        const auto storage = opened(files);
+        files.failAfter(whole.changes - 4, FaultyFiles::Fault::Stop);
+        runAsUnit(*storage, closing);
     } catch (const Stopped&) {
     }
     return files;
@@ -179,48 +182,42 @@ private slots:
 private:
     static void addStatements()
     {
-        QTest::addColumn<int>("statement");
+        QTest::addColumn<std::size_t>("number");
         for (std::size_t i = 0; i < statements().size(); ++i)
-            QTest::newRow(statements()[i].name) << static_cast<int>(i);
+            QTest::newRow(statements()[i].name) << i;
+    }
+    static const Statement& statement()
+    {
+        QFETCH(const std::size_t, number);
+        return statements()[number];
     }
 };
 
 void TestStorageCrash::stopsAtEveryWrite()
 {
-    QFETCH(const int, statement);
     std::mt19937 engine(3);
-    QString faults;
-    FaultyFiles whole;
-    whole.setContent(file, station());
     // Another statement comes first in the same session: its journal may still be found.
-    runAsUnit(*openStorage(whole, file, {.password = "8282"}), statements()[0]);
-    const std::string before = contentAfterOpening(whole, faults);
-    runAsUnit(*openStorage(whole, file, {.password = "8282"}), statements()[static_cast<std::size_t>(statement)]);
-    const std::string after = contentAfterOpening(whole, faults);
-    QCOMPARE(faults, QString());
-    QVERIFY(before != after);
-
+    const Statement& first = statements()[0];
+    const Undisturbed whole(statement(), &first);
     std::size_t absent = 0;
     std::size_t stops = 0;
     for (bool stopped = true; stopped; ++stops) {
         // Twice each: what is lost of the unsynced writes is drawn anew.
         for (int round = 0; round < 2; ++round) {
-            FaultyFiles files;
-            files.setContent(file, station());
+            FaultyFiles files = stationFiles();
             try {
-                const auto storage = openStorage(files, file, {.password = "8282"});
-                runAsUnit(*storage, statements()[0]);
+                const auto storage = opened(files);
+                runAsUnit(*storage, first);
                 files.failAfter(stops, FaultyFiles::Fault::Stop);
-                runAsUnit(*storage, statements()[static_cast<std::size_t>(statement)]);
+                runAsUnit(*storage, statement());
             } catch (const Stopped&) {
             }
             stopped = files.failed();
             files.heal();
             files.loseUnsynced(engine);
-            const std::string found = contentAfterOpening(files, faults);
-            QCOMPARE(faults, QString());
-            QVERIFY2(found == before || found == after, qPrintable(QString::number(stops)));
-            absent += found == before ? 1 : 0;
+            const std::string found = contentAfterOpening(files);
+            QVERIFY2(found == whole.before || found == whole.after, qPrintable(QString::number(stops)));
+            absent += found == whole.before ? 1 : 0;
         }
     }
     QVERIFY(absent > 0 && absent < 2 * stops);
@@ -230,55 +227,45 @@ void TestStorageCrash::stopsAtEveryWrite()
 void TestStorageCrash::stopsWhilePlayingBack()
 {
     std::mt19937 engine(5);
-    QString faults;
-    std::string before;
-    FaultyFiles files = stoppedClosing(before);
+    const Undisturbed whole(closing);
+    FaultyFiles files = stoppedClosing(whole);
     QVERIFY(files.failed());
     for (std::size_t stops = 0; files.failed(); ++stops) {
         files.failAfter(stops, FaultyFiles::Fault::Stop);
         try {
-            static_cast<void>(openStorage(files, file, {.password = "8282"}));
+            static_cast<void>(opened(files));
         } catch (const Stopped&) {
         }
-        const bool again = files.failed();
         files.heal();
         files.loseUnsynced(engine);
-        if (!again)
-            break;
     }
-    QCOMPARE(contentAfterOpening(files, faults), before);
-    QCOMPARE(faults, QString());
+    QCOMPARE(contentAfterOpening(files), whole.before);
 }
 
 void TestStorageCrash::diskFillsAtEveryWrite()
 {
-    QFETCH(const int, statement);
-    QString faults;
+    const Undisturbed whole(statement());
     bool failed = true;
     std::size_t failures = 0;
     for (std::size_t writes = 0; failed; ++writes) {
-        FaultyFiles files;
-        files.setContent(file, station());
-        const std::string before = contentAfterOpening(files, faults);
+        FaultyFiles files = stationFiles();
         {
-            const auto storage = openStorage(files, file, {.password = "8282"});
+            const auto storage = opened(files);
             files.failAfter(writes, FaultyFiles::Fault::Full);
-            const auto error = errorOf([&] { runAsUnit(*storage, statements()[static_cast<std::size_t>(statement)]); });
+            const auto error = errorOf([&] { runAsUnit(*storage, statement()); });
             failed = files.failed();
             QCOMPARE(error.has_value(), failed);
+            files.heal();
             if (failed) {
                 // The session goes on with what was there, and can work again once there is room.
                 ++failures;
                 QCOMPARE(*error, ErrorKind::IoError);
                 QCOMPARE(joined(storage->verify()), QString());
-                QCOMPARE(contentOf(*storage) + "8282", before);
-                files.heal();
-                runAsUnit(*storage, statements()[static_cast<std::size_t>(statement)]);
+                QCOMPARE(contentOf(*storage) + "8282", whole.before);
+                runAsUnit(*storage, statement());
             }
         }
-        files.heal();
-        QVERIFY(contentAfterOpening(files, faults) != before);
-        QCOMPARE(faults, QString());
+        QCOMPARE(contentAfterOpening(files), whole.after);
     }
     QVERIFY(failures > 0);
 }
@@ -287,34 +274,25 @@ void TestStorageCrash::diskFillsAtEveryWrite()
 /// that goes on and after a power cut.
 void TestStorageCrash::oneChangeFails()
 {
-    QFETCH(const int, statement);
     std::mt19937 engine(5);
-    QString faults;
-    FaultyFiles whole;
-    whole.setContent(file, station());
-    const std::string before = contentAfterOpening(whole, faults);
-    runAsUnit(*openStorage(whole, file, {.password = "8282"}), statements()[static_cast<std::size_t>(statement)]);
-    const std::string after = contentAfterOpening(whole, faults);
+    const Undisturbed whole(statement());
     bool failed = true;
     std::size_t failures = 0;
     for (std::size_t changes = 0; failed; ++changes) {
         for (const bool powerCut : {false, true}) {
-            FaultyFiles files;
-            files.setContent(file, station());
+            FaultyFiles files = stationFiles();
             {
-                const auto storage = openStorage(files, file, {.password = "8282"});
+                const auto storage = opened(files);
                 files.failAfter(changes, FaultyFiles::Fault::Glitch);
-                static_cast<void>(
-                    errorOf([&] { runAsUnit(*storage, statements()[static_cast<std::size_t>(statement)]); }));
+                static_cast<void>(errorOf([&] { runAsUnit(*storage, statement()); }));
                 failed = files.failed();
                 failures += failed ? 1 : 0;
                 files.heal();
                 if (powerCut)
                     files.loseUnsynced(engine);
             }
-            const std::string found = contentAfterOpening(files, faults);
-            QCOMPARE(faults, QString());
-            QVERIFY2(found == before || found == after, qPrintable(QString::number(changes)));
+            const std::string found = contentAfterOpening(files);
+            QVERIFY2(found == whole.before || found == whole.after, qPrintable(QString::number(changes)));
         }
     }
     QVERIFY(failures > 0);
@@ -324,63 +302,50 @@ void TestStorageCrash::oneChangeFails()
 /// session that stands goes on.
 void TestStorageCrash::oneReadFails()
 {
-    QFETCH(const int, statement);
-    const Statement& tried = statements()[static_cast<std::size_t>(statement)];
-    QString faults;
-    FaultyFiles whole;
-    whole.setContent(file, station());
-    const std::string before = contentAfterOpening(whole, faults);
-    runAsUnit(*openStorage(whole, file, {.password = "8282"}), tried);
-    const std::string after = contentAfterOpening(whole, faults);
-    std::size_t opened = 0;
+    const Undisturbed whole(statement());
+    std::size_t failures = 0;
     bool failed = true;
     for (std::size_t reads = 0; failed; ++reads) {
-        FaultyFiles files;
-        files.setContent(file, station());
+        FaultyFiles files = stationFiles();
         files.failReadAfter(reads);
         std::unique_ptr<StorageFile> storage;
         // A small cache lets a long statement read the same page again.
-        const OpenOptions options{.password = "8282", .cachePages = 16};
-        auto error = errorOf([&] { storage = openStorage(files, file, options); });
-        if (storage) {
-            error = errorOf([&] { runAsUnit(*storage, tried); });
+        auto error = errorOf([&] { storage = opened(files, {.password = "8282", .cachePages = 16}); });
+        const bool isOpen = storage != nullptr;
+        if (isOpen) {
+            error = errorOf([&] { runAsUnit(*storage, statement()); });
             failed = files.failed();
             files.heal();
             QCOMPARE(error.has_value(), failed);
             if (failed) {
-                ++opened;
+                ++failures;
                 QCOMPARE(joined(storage->verify()), QString());
-                runAsUnit(*storage, tried);
+                runAsUnit(*storage, statement());
             }
             storage.reset();
-            QCOMPARE(contentAfterOpening(files, faults), after);
-        } else {
-            QCOMPARE(contentAfterOpening(files, faults), before);
         }
-        QCOMPARE(faults, QString());
+        QCOMPARE(contentAfterOpening(files), isOpen ? whole.after : whole.before);
         if (failed)
             QCOMPARE(*error, ErrorKind::IoError);
     }
-    QVERIFY(opened > 0);
+    QVERIFY(failures > 0);
 }
 
 /// A journal that cannot be read stays for the next opening: without it the statement would be there in part.
 void TestStorageCrash::oneReadFailsWhilePlayingBack()
 {
-    QString faults;
+    const Undisturbed whole(closing);
     std::size_t failures = 0;
     for (bool failed = true; failed;) {
-        std::string before;
-        FaultyFiles files = stoppedClosing(before);
+        FaultyFiles files = stoppedClosing(whole);
         files.heal();
         files.failReadAfter(failures);
-        const auto error = errorOf([&] { static_cast<void>(openStorage(files, file, {.password = "8282"})); });
+        const auto error = errorOf([&] { static_cast<void>(opened(files)); });
         failed = files.failed();
         failures += failed ? 1 : 0;
         QCOMPARE(error.has_value(), failed);
         files.heal();
-        QCOMPARE(contentAfterOpening(files, faults), before);
-        QCOMPARE(faults, QString());
+        QCOMPARE(contentAfterOpening(files), whole.before);
     }
     QVERIFY(failures > 10);
 }
@@ -393,13 +358,12 @@ void TestStorageCrash::creationIsWholeOrAbsent()
             FaultyFiles files;
             files.failAfter(writes, fault);
             try {
-                createStorage(files, file, {});
+                static_cast<void>(errorOf([&] { createStorage(files, stationFile, {}); }));
             } catch (const Stopped&) {
-            } catch (const Error&) {
             }
             failed = files.failed();
             files.heal();
-            QCOMPARE(files.exists(file), !failed);
+            QCOMPARE(files.exists(stationFile), !failed);
             if (fault == FaultyFiles::Fault::Full)
                 QCOMPARE(files.fileCount(), failed ? std::size_t{0} : std::size_t{1});
         }

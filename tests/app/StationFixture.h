@@ -2,73 +2,56 @@
 
 #include "app/frmprincipal.h"
 #include "data/StationDatabase.h"
+#include "platform/ui/DatePicker.h"
 #include "shared/Emitente.h"
-#include "shared/Services.h"
 #include "shared/SupervisorGate.h"
-#include "support/BothBackEnds.h"
-#include "support/Doubles.h"
 #include "support/PrintDoubles.h"
-#include "support/StatementTrace.h"
-#include "support/StationSchema.h"
+#include "support/WindowTest.h"
 
 #include <QLabel>
-#include <QLineEdit>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <optional>
 
-namespace platform {
-class DatePicker;
-class FlexGrid;
-} // namespace platform
-
-/// Writes the settings (and, for MySQL, Host.mdb) that lead the program to a database.
-void writeSettings(const QString& folder, const support::BothBackEnds& database);
-
 /// A small station in a database of its own, and the main window on it: 15 March 2024, three fuels, pumps 1, 2 and 7
 /// sold from stock codes 101, 101 and 102, two miscellaneous items.
-class StationFixture
+class StationFixture : public support::WindowTest
 {
 public:
     explicit StationFixture(support::BothBackEnds& database);
 
-    /// Makes the window, loads and shows it.
-    frmprincipal& open();
+    /// Makes the window, loads and shows it, and forgets the statements of that.
+    void open();
+    [[nodiscard]] frmprincipal& window() { return *m_window; }
 
-    [[nodiscard]] platform::FlexGrid& grid(const char* name) const;
-    [[nodiscard]] platform::DatePicker& date(const char* name) const;
-    [[nodiscard]] QString label(const char* name) const;
     template <typename T>
     [[nodiscard]] T& child(const char* name) const
     {
-        T* const found = m_window->findChild<T*>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return *found;
+        return support::control<T>(*m_window, name);
     }
+    [[nodiscard]] platform::FlexGrid& grid(const char* name) const { return child<platform::FlexGrid>(name); }
+    [[nodiscard]] platform::DatePicker& date(const char* name) const { return child<platform::DatePicker>(name); }
+    [[nodiscard]] QString label(const char* name) const { return child<QLabel>(name).text(); }
+    [[nodiscard]] QColor colour(const char* label) const;
+    void click(const char* button) { support::click(*m_window, button); }
 
     /// Enter on row `row` of the pump grid, the reading, Enter.
-    void enterReading(int row, const QString& reading);
-    /// The data rows of a grid, cells joined by "|".
-    [[nodiscard]] QStringList rows(const char* name) const;
-    void key(Qt::Key key, QWidget* target = nullptr) const;
+    void enterReading(int row, const QString& reading) const { support::enterReading(*m_window, row, reading); }
+    /// The data rows of a grid.
+    [[nodiscard]] QStringList shown(const char* name) const { return support::rowsOf(grid(name)).mid(1); }
+    /// Has something happen the n-th time from now that the program lets events run.
+    void during(int count, const std::function<void()>& action) { pump.at(pump.count() + count, action); }
 
-    support::BothBackEnds& database;
     QTemporaryDir folder;
-    support::TestMessages messages;
-    support::TestClock clock{QDateTime(QDate(2024, 3, 15), QTime(8, 30, 5))};
-    support::TestPump pump;
     support::TestChooser chooser;
     support::TestDefaultPrinter defaultPrinter;
     support::TestSpooler spooler;
     int prompts = 0; ///< How often the supervisor password was asked for.
     bool knowsPassword = true;
-    Emitente emitente;
-    SupervisorGate gate;
-    std::optional<data::StationDatabase> station;
-    std::optional<Services> services;
 
 private:
+    Emitente m_emitente;
+    SupervisorGate m_gate;
+    data::StationDatabase m_station;
+    std::optional<Services> m_services;
     std::optional<frmprincipal> m_window;
 };

@@ -3,22 +3,62 @@
 #include "StationFixture.h"
 
 #include "platform/ui/Application.h"
-#include "platform/ui/DatePicker.h"
-#include "platform/ui/FlexGrid.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QListWidget>
-
+using namespace Qt::StringLiterals;
+using namespace support;
 using platform::MsgBoxResult;
-using Rows = QList<QStringList>;
 
 namespace {
 
 const QString Question =
-    QStringLiteral("Deseja mesmo excluir os itens selecionados?\r\n Esta operação não podera ser revertida.  & vbcrlf "
-                   "Caso sim devera ser editado manualmente a leitura anterior tambem, alem de que  \r\nnão altera o "
-                   "cadastro de estoque por medidas de segurança");
+    u"4 Deseja mesmo excluir os itens selecionados?\r\n Esta operação não podera ser revertida.  & vbcrlf "
+    u"Caso sim devera ser editado manualmente a leitura anterior tambem, alem de que  \r\nnão altera o "
+    u"cadastro de estoque por medidas de segurança"_s;
+const QDate MonthBegin(2024, 3, 1);
+const QDate MonthEnd(2024, 3, 31);
+
+/// The station with readings of three days, and the main window on it.
+struct History : StationFixture
+{
+    explicit History(BothBackEnds& used)
+        : StationFixture(used)
+    {
+        insert(u"Leitura"_s, u"DataLT, cdgBomba, LeitAnt, LeitAtu, Saldo, Obs, afericao"_s,
+               {u"@2024-03-14@, 2, '200,00', '250,00', '50,00', '5,50', '0'"_s,
+                u"@2024-03-14@, 1, '1.000,00', '1.100,50', '100,50', '5,50', '1,5'"_s,
+                u"@2024-03-15@, 1, '1.100,50', '1.200,50', '100,00', '6,00', '0'"_s,
+                u"@2024-03-15@, 7, '10,00', '10,00', '0,00', null, '2'"_s,
+                u"@2024-03-16@, 1, '1.200,50', '1.300,50', '100,00', 'x', '0'"_s,
+                u"@2024-03-16@, 0, '1,00', '2,00', '1,00', '1,00', '0'"_s});
+        open();
+    }
+    void listMonth()
+    {
+        date("dtpI_0").setValue(MonthBegin);
+        date("dtpI_1").setValue(MonthEnd);
+    }
+    /// Rows of the list without their keys.
+    QStringList list() const
+    {
+        QStringList rows = shown("flex2");
+        for (QString& row : rows)
+            row = row.section(u'|', 0, 7);
+        return rows;
+    }
+    QStringList litres() const
+    {
+        QStringList cells;
+        for (const QString& row : shown("flex2"))
+            cells << row.section(u'|', 5, 5);
+        return cells;
+    }
+    QString totals() const { return label("Label10") + u" | "_s + label("Label17"); }
+    qsizetype readingsLeft() const { return rows(u"Leitura"_s, u"cdgBomba"_s).size(); }
+    QStringList deletes(MsgBoxResult answer)
+    {
+        return told([&] { QTest::keyClick(&grid("flex2"), Qt::Key_Delete); }, answer);
+    }
+};
 
 } // namespace
 
@@ -26,309 +66,192 @@ class TestHistory : public QObject
 {
     Q_OBJECT
 
-private:
-    /// Closed readings: `day pump previous current litres price calibration`, "-" for Null.
-    static void addReadings(support::BothBackEnds& database, const QStringList& readings)
-    {
-        for (const QString& reading : readings) {
-            const QStringList parts = reading.split(u' ');
-            const QDate day = QDate::fromString(parts[0], Qt::ISODate);
-            const QString date = database.isMySql() ? parts[0] : day.toString(QStringLiteral("dd/MM/yyyy"));
-            QStringList values;
-            for (const QString& part : parts.mid(2))
-                values << (part == u"-" ? QStringLiteral("null") : u'\'' + part + u'\'');
-            database.script({QStringLiteral("Insert into Leitura (DataLT, cdgBomba, LeitAnt, LeitAtu, Saldo, Obs, "
-                                            "afericao) values ('%1', %2, %3)")
-                                 .arg(date, parts[1], values.join(QStringLiteral(", ")))});
-        }
-    }
-    static QStringList month()
-    {
-        return {QStringLiteral("2024-03-14 2 200,00 250,00 50,00 5,50 0"),
-                QStringLiteral("2024-03-14 1 1.000,00 1.100,50 100,50 5,50 1,5"),
-                QStringLiteral("2024-03-15 1 1.100,50 1.200,50 100,00 6,00 0"),
-                QStringLiteral("2024-03-15 7 10,00 10,00 0,00 - 2"),
-                QStringLiteral("2024-03-16 1 1.200,50 1.300,50 100,00 x 0"),
-                QStringLiteral("2024-03-16 0 1,00 2,00 1,00 1,00 0")};
-    }
-    static QStringList litres(const StationFixture& station)
-    {
-        QStringList result;
-        for (const QString& row : station.rows("flex2"))
-            result << row.section(u'|', 5, 5);
-        return result;
-    }
-    static qsizetype readingsLeft(const support::BothBackEnds& database)
-    {
-        return database.table(QStringLiteral("Leitura"), {QStringLiteral("cdgBomba")}).size();
-    }
-    static void mark(StationFixture& station, int row)
-    {
-        platform::FlexGrid& flex2 = station.grid("flex2");
-        flex2.scrollTo(flex2.model()->index(row - 1, 1));
-        QTest::mouseClick(flex2.viewport(), Qt::LeftButton, {},
-                          flex2.visualRect(flex2.model()->index(row - 1, 1)).center());
-    }
-
 private Q_SLOTS:
-    void lists_data() { support::BothBackEnds::addRows(); }
+    void initTestCase_data() { BothBackEnds::addRows(); }
+    void initTestCase() { platform::prepareApplication(*qApp); }
+
     void lists()
     {
-        FRESH_DATABASE(database);
-        StationFixture station(database);
-        addReadings(database, month());
-        station.open();
-        QCOMPARE(station.grid("flex2").Rows(), 3); // Today's two readings.
-        const support::StatementTrace trace;
-        station.date("dtpI_0").setValue(QDate(2024, 3, 1));
-        station.date("dtpI_1").setValue(QDate(2024, 3, 31));
-        const auto literal = [&](const char* mysql, const char* access) {
-            return database.isMySql() ? QStringLiteral(" ' %1 ' ").arg(QString::fromLatin1(mysql))
-                                      : QStringLiteral(" # %1 # ").arg(QString::fromLatin1(access));
-        };
-        const QString first = literal("2024/03/01", "03/01/2024");
-        const QString last = literal("2024/03/31", "03/31/2024");
-        QVERIFY(trace.lines().contains(QStringLiteral("open Select * from Leitura where cdgbomba > 0 and DataLT >= ") +
-                                       first + QStringLiteral(" and DataLT <= ") + last +
-                                       QStringLiteral("  order by  DataLT, cdgBomba ")));
+        FRESH_STATION(History, station);
+        const platform::FlexGrid& flex2 = station.grid("flex2");
+        QCOMPARE(flex2.Rows(), 3); // Today's two readings.
+        station.listMonth();
+        const QString period = station.literal(MonthBegin) + u" and DataLT <= "_s + station.literal(MonthEnd);
+        QVERIFY(station.statements().contains(u"open Select * from Leitura where cdgbomba > 0 and DataLT >= "_s +
+                                              period + u"  order by  DataLT, cdgBomba "_s));
 
         // Pump 0 is left out, an unreadable price counts as 0, and the order is date, then pump.
-        QStringList rows = station.rows("flex2");
-        for (QString& row : rows)
-            row = row.section(u'|', 0, 7); // Without the key.
-        QCOMPARE(rows, QStringList({QStringLiteral("1|Gasolina A|1.000,00|1.100,50|14/03/24|100,50|5,500|552,75"),
-                                    QStringLiteral("2|Gasolina B|200,00|250,00|14/03/24|50,00|5,500|275,00"),
-                                    QStringLiteral("1|Gasolina A|1.100,50|1.200,50|15/03/24|100,00|6,000|600,00"),
-                                    QStringLiteral("7|Etanol pátio|10,00|10,00|15/03/24|0,00|0,000|0,00"),
-                                    QStringLiteral("1|Gasolina A|1.200,50|1.300,50|16/03/24|100,00|0,000|0,00")}));
-        QCOMPARE(station.label("Label10"), QStringLiteral("350,50"));
-        QCOMPARE(station.label("Label17"), QStringLiteral("1.427,75"));
-        QCOMPARE(station.label("Label15"), QStringLiteral("350,50"));
-        QCOMPARE(station.label("Label14"), QStringLiteral("1.427,75"));
-        const platform::FlexGrid& flex2 = station.grid("flex2");
+        QCOMPARE(station.list(), QStringList({u"1|Gasolina A|1.000,00|1.100,50|14/03/24|100,50|5,500|552,75"_s,
+                                              u"2|Gasolina B|200,00|250,00|14/03/24|50,00|5,500|275,00"_s,
+                                              u"1|Gasolina A|1.100,50|1.200,50|15/03/24|100,00|6,000|600,00"_s,
+                                              u"7|Etanol pátio|10,00|10,00|15/03/24|0,00|0,000|0,00"_s,
+                                              u"1|Gasolina A|1.200,50|1.300,50|16/03/24|100,00|0,000|0,00"_s}));
+        QCOMPARE(station.totals(), u"350,50 | 1.427,75"_s);
+        QCOMPARE(station.label("Label15"), u"350,50"_s); // For the paper.
+        QCOMPARE(station.label("Label14"), u"1.427,75"_s);
         QCOMPARE(flex2.CellBackColor(5, 5), 12648447U);
         QCOMPARE(flex2.CellBackColor(5, 7), 8454143U);
         QCOMPARE(flex2.CellBackColor(5, 0), 0U);
 
         // The sheet's date lists its own day; a day without readings leaves list and totals.
-        station.date("DTP").setValue(QDate(2024, 3, 15));
-        QCOMPARE(litres(station), QStringList({QStringLiteral("100,00"), QStringLiteral("0,00")}));
-        station.date("DTP").setValue(QDate(2024, 3, 20));
-        QCOMPARE(litres(station).size(), 2);
-        QCOMPARE(station.label("Label17"), QStringLiteral("600,00"));
+        for (const int day : {15, 20}) {
+            station.date("DTP").setValue(QDate(2024, 3, day));
+            QCOMPARE(station.litres(), QStringList({u"100,00"_s, u"0,00"_s}));
+            QCOMPARE(station.totals(), u"100,00 | 600,00"_s);
+        }
 
         // Selecting a pump lists its own readings of the period.
         station.grid("flex").setFocus();
-        station.key(Qt::Key_Return);
-        QVERIFY(trace.lines().contains(QStringLiteral("open Select * from Leitura where DataLT >= ") + first +
-                                       QStringLiteral(" and DataLT <= ") + last +
-                                       QStringLiteral(" and  cdgbomba = 1  order by  DataLT, cdgBomba ")));
-        QCOMPARE(litres(station).size(), 3);
+        press(Qt::Key_Return);
+        QVERIFY(station.statements().contains(u"open Select * from Leitura where DataLT >= "_s + period +
+                                              u" and  cdgbomba = 1  order by  DataLT, cdgBomba "_s));
+        QCOMPARE(station.litres().size(), 3);
 
-        // One row a pump with readings: sums, first date, average price, last key.
-        station.child<QAbstractButton>("opt_1").click();
-        QVERIFY(trace.lines().contains(QStringLiteral("open Select * from leitura where DataLT >= ") + first +
-                                       QStringLiteral(" and DataLT <= ") + last +
-                                       QStringLiteral(" and  cdgbomba = 7 order by cdgBomba, dataLT asc")));
-        rows = station.rows("flex2");
-        QCOMPARE(rows.size(), 3);
-        QCOMPARE(rows[0].section(u'|', 0, 7),
-                 QStringLiteral("1|Gasolina A|3.301,00|-> 3.601,50|14/03/24|300,50|3,836|1.152,75"));
-        QCOMPARE(rows[2].section(u'|', 0, 7), QStringLiteral("7|Etanol pátio|10,00|-> 10,00|15/03/24|0,00|0,000|0,00"));
-        QCOMPARE(rows[0].section(u'|', 8, 8), QStringLiteral("5")); // The fifth reading that was stored.
-        QCOMPARE(flex2.model()->index(0, 0).data(Qt::ToolTipRole).toString(),
-                 QStringLiteral("Leituras: 3\nAferição: 1,50"));
-        QCOMPARE(station.label("Label10"), QStringLiteral("350,50"));
-        QCOMPARE(station.label("Label17"), QStringLiteral("1.427,75"));
+        // One row a pump with readings: sums, first date, average price, last key (the fifth reading that was stored).
+        station.click("opt_1");
+        QVERIFY(station.statements().contains(u"open Select * from leitura where DataLT >= "_s + period +
+                                              u" and  cdgbomba = 7 order by cdgBomba, dataLT asc"_s));
+        QCOMPARE(station.list().size(), 3);
+        QCOMPARE(station.shown("flex2").first(),
+                 u"1|Gasolina A|3.301,00|-> 3.601,50|14/03/24|300,50|3,836|1.152,75|5"_s);
+        QCOMPARE(station.list().last(), u"7|Etanol pátio|10,00|-> 10,00|15/03/24|0,00|0,000|0,00"_s);
+        QCOMPARE(flex2.model()->index(0, 0).data(Qt::ToolTipRole).toString(), u"Leituras: 3\nAferição: 1,50"_s);
+        QCOMPARE(station.totals(), u"350,50 | 1.427,75"_s);
         station.date("dtpI_0").setValue(QDate(2024, 3, 30));
         QCOMPARE(flex2.Rows(), 1);
-        QCOMPARE(station.label("Label17"), QStringLiteral("0,00"));
+        QCOMPARE(station.totals(), u"0,00 | 0,00"_s);
     }
 
-    void deletion_data() { support::BothBackEnds::addRows(); }
     void deletion()
     {
-        FRESH_DATABASE(database);
-        StationFixture station(database);
-        addReadings(database, month());
-        station.open();
+        FRESH_STATION(History, station);
+        station.listMonth();
         platform::FlexGrid& flex2 = station.grid("flex2");
-        station.date("dtpI_0").setValue(QDate(2024, 3, 1));
-        station.date("dtpI_1").setValue(QDate(2024, 3, 31));
         QCOMPARE(flex2.Rows(), 6);
         flex2.setFocus();
 
         station.knowsPassword = false;
-        mark(station, 2);
-        station.key(Qt::Key_Delete, &flex2);
+        clickRow(flex2, 2);
+        press(Qt::Key_Delete);
         QCOMPARE(station.prompts, 1);
-        QCOMPARE(readingsLeft(database), 6);
+        QCOMPARE(station.readingsLeft(), 6);
 
         station.knowsPassword = true;
-        station.messages.expect(MsgBoxResult::No);
-        station.key(Qt::Key_Delete, &flex2);
-        QCOMPARE(station.messages.shown().last(), (support::TestMessages::Shown{Question, 4, QString()}));
-        QCOMPARE(readingsLeft(database), 6);
+        QCOMPARE(station.deletes(MsgBoxResult::No), QStringList(Question));
+        QCOMPARE(station.readingsLeft(), 6);
         QCOMPARE(flex2.CellBackColor(2, 0), 0U); // The list has been read again.
 
         // Marks: a click marks, another one takes it back; a pale cell of an unmarked row clears the row's colours.
-        mark(station, 1);
-        mark(station, 3);
-        mark(station, 4);
-        station.key(Qt::Key_Space, &flex2); // The keyboard's click.
+        for (const int row : {1, 3, 4})
+            clickRow(flex2, row);
+        press(Qt::Key_Space); // The keyboard's click.
         QCOMPARE(flex2.CellBackColor(1, 8), 65535U);
         QCOMPARE(flex2.CellBackColor(4, 0), 0U);
-        QTest::mouseClick(flex2.viewport(), Qt::LeftButton, {}, flex2.visualRect(flex2.model()->index(4, 5)).center());
+        clickRow(flex2, 5, 5);
         QCOMPARE(flex2.CellBackColor(5, 5), 0U);
         QCOMPARE(flex2.CellBackColor(5, 0), 0U);
 
-        const support::StatementTrace trace;
-        station.messages.expect(MsgBoxResult::Yes);
-        station.key(Qt::Key_Delete, &flex2);
+        (void)station.statements();
+        QCOMPARE(station.deletes(MsgBoxResult::Yes), QStringList(Question));
         QCOMPARE(station.prompts, 2); // Accepted once: not asked again.
-        QCOMPARE(trace.lines().mid(0, 2),
-                 QStringList({QStringLiteral("exec Delete from Leitura where codigoI = 2"),
-                              QStringLiteral("exec Insert into ExcluidosLeituraBomba(produto, DataE, leitura, total) "
-                                             "values ('Gasolina A','15/03/2024','100,50','5,500');")}));
-        QCOMPARE(readingsLeft(database), 4);
-        QCOMPARE(litres(station),
-                 QStringList({QStringLiteral("50,00"), QStringLiteral("0,00"), QStringLiteral("100,00")}));
-        const Rows log =
-            database.table(QStringLiteral("ExcluidosLeituraBomba"),
-                           {QStringLiteral("produto"), QStringLiteral("leitura"), QStringLiteral("total")});
-        QCOMPARE(log, (Rows{{QStringLiteral("Gasolina A"), QStringLiteral("100,50"), QStringLiteral("5,500")},
-                            {QStringLiteral("Gasolina A"), QStringLiteral("100,00"), QStringLiteral("6,000")}}));
+        QCOMPARE(station.statements().mid(0, 2),
+                 QStringList({u"exec Delete from Leitura where codigoI = 2"_s,
+                              u"exec Insert into ExcluidosLeituraBomba(produto, DataE, leitura, total) "
+                              u"values ('Gasolina A','15/03/2024','100,50','5,500');"_s}));
+        QCOMPARE(station.readingsLeft(), 4);
+        QCOMPARE(station.litres(), QStringList({u"50,00"_s, u"0,00"_s, u"100,00"_s}));
+        QCOMPARE(station.rows(u"ExcluidosLeituraBomba"_s, u"produto leitura total"_s),
+                 QStringList({u"Gasolina A|100,50|5,500"_s, u"Gasolina A|100,00|6,000"_s}));
 
-        station.messages.expect(MsgBoxResult::Yes); // Nothing is marked: nothing goes.
-        station.key(Qt::Key_Delete, &flex2);
-        QCOMPARE(readingsLeft(database), 4);
+        QCOMPARE(station.deletes(MsgBoxResult::Yes), QStringList(Question)); // Nothing is marked: nothing goes.
+        QCOMPARE(station.readingsLeft(), 4);
         QCOMPARE(station.prompts, 2);
 
         // A description with an apostrophe breaks the log statement: the reading is gone, the error is told.
-        database.script(
-            {QStringLiteral("update PlanilhaPosto set Descritivo = 'D''água' where numeroDispositivo = 2")});
+        database.script({u"update PlanilhaPosto set Descritivo = 'D''água' where numeroDispositivo = 2"_s});
         station.date("dtpI_0").setValue(QDate(2024, 3, 2));
-        mark(station, 1);
+        clickRow(flex2, 1);
         station.messages.expect(MsgBoxResult::Yes);
-        station.messages.expect();
-        station.key(Qt::Key_Delete, &flex2);
-        QVERIFY(station.messages.shown().last().prompt.startsWith(QStringLiteral("Erro em tempo de execução '")));
-        QCOMPARE(readingsLeft(database), 3);
+        QVERIFY(station.deletes(MsgBoxResult::Ok).last().contains(u"Erro em tempo de execução '"_s));
+        QCOMPARE(station.readingsLeft(), 3);
     }
 
-    void logList_data() { support::BothBackEnds::addRows(); }
     void logList()
     {
-        FRESH_DATABASE(database);
-        StationFixture station(database);
-        const QString insert =
-            QStringLiteral("Insert into ExcluidosLeituraBomba(produto, DataE, leitura, total) values (");
-        database.script(
-            {insert + QStringLiteral("'Gasolina', '15/03/2024', '100,50', '5,500')"),
-             insert + QStringLiteral("'Gasolina aditivada podium', '16/03/2024', '1.234.567.890,50', '5,500')"),
-             insert + QStringLiteral("'Exatamente vinte let', '17/03/2024', '1.234.567,890', '12.345.678,90')")});
+        FRESH_STATION(StationFixture, station);
+        station.insert(u"ExcluidosLeituraBomba"_s, u"produto, DataE, leitura, total"_s,
+                       {u"'Gasolina', '15/03/2024', '100,50', '5,500'"_s,
+                        u"'Gasolina aditivada podium', '16/03/2024', '1.234.567.890,50', '5,500'"_s,
+                        u"'Exatamente vinte let', '17/03/2024', '1.234.567,890', '12.345.678,90'"_s});
         station.open();
-        station.child<QAbstractButton>("Buttom_Mega6").click();
-        const QListWidget& list = station.child<QListWidget>("List1");
-        QStringList lines;
-        for (int row = 0; row < list.count(); ++row)
-            lines << list.item(row)->text();
-        QCOMPARE(lines, QStringList({QStringLiteral("Descritivo.......... Data           Leitura       TotalR$"),
-                                     QStringLiteral("Gasolina............ 15/03/24        100,50         5,500"),
-                                     QStringLiteral("Gasolina aditivada p 16/03/24 1.234.567.890,50         5,500"),
-                                     QStringLiteral("Exatamente vinte let 17/03/24 1.234.567,890 12.345.678,90")}));
+        station.click("Buttom_Mega6");
+        QCOMPARE(entries(station.child<QListWidget>("List1")),
+                 QStringList({u"Descritivo.......... Data           Leitura       TotalR$"_s,
+                              u"Gasolina............ 15/03/24        100,50         5,500"_s,
+                              u"Gasolina aditivada p 16/03/24 1.234.567.890,50         5,500"_s,
+                              u"Exatamente vinte let 17/03/24 1.234.567,890 12.345.678,90"_s}));
     }
 
-    void items_data() { support::BothBackEnds::addRows(); }
     void items()
     {
-        FRESH_DATABASE(database);
-        StationFixture station(database);
+        FRESH_STATION(StationFixture, station);
         station.open();
         platform::FlexGrid& flexD = station.grid("FlexD");
-        QLineEdit& text2 = station.child<QLineEdit>("Text2");
         flexD.setRow(2);
         flexD.setFocus();
-        station.key(Qt::Key_Return);
-        QVERIFY(text2.hasFocus());
-        QTest::keyClicks(&text2, QStringLiteral("x"));
-        station.key(Qt::Key_Return);
+        press(Qt::Key_Return);
+        QCOMPARE(focused(), u"Text2"_s);
+        enter(u"x"_s);
         QCOMPARE(flexD.Rows(), 3); // No number: nothing happens.
-        text2.clear();
-        QTest::keyClicks(&text2, QStringLiteral("2,5"));
-        const support::StatementTrace trace;
-        station.key(Qt::Key_Return);
-        QCOMPARE(
-            trace.lines(),
-            QStringList({QStringLiteral("open Select * from ControleProdComb;"),
-                         QStringLiteral("open Select codigo, quantidade from EstoqueDiversos where codigo = 21")}));
-        QCOMPARE(station.rows("FlexD"), QStringList(QStringLiteral("20|Aditivo|5,00|0")));
-        Rows ledger = database.table(QStringLiteral("ControleProdComb"),
-                                     {QStringLiteral("CodProd"), QStringLiteral("DataOP"), QStringLiteral("descritivo"),
-                                      QStringLiteral("fornecedor"), QStringLiteral("NumeroNota"),
-                                      QStringLiteral("cred"), QStringLiteral("deb")});
-        QCOMPARE(ledger.size(), 1);
-        ledger[0][1] = ledger[0][1].left(10);
-        ledger[0].replaceInStrings(QStringLiteral("NULL"), QString()); // The Access reader's word for an empty text.
-        QCOMPARE(ledger[0].join(u'|'), QStringLiteral("21|2024-03-15|Óleo 1 L|OperEmpresa||0|2.5"));
-        const auto quantities = [&] {
-            QStringList result;
-            for (const QStringList& row :
-                 database.table(QStringLiteral("EstoqueDiversos"), {QStringLiteral("quantidade")}))
-                result << row.first();
-            return result;
-        };
-        QCOMPARE(quantities(), QStringList({QStringLiteral("7,50"), QStringLiteral("5,00")}));
+        (void)station.statements();
+        typeInto(station.child<QLineEdit>("Text2"), u"2,5"_s);
+        press(Qt::Key_Return);
+        QCOMPARE(station.statements(),
+                 QStringList({u"open Select * from ControleProdComb;"_s,
+                              u"open Select codigo, quantidade from EstoqueDiversos where codigo = 21"_s}));
+        QCOMPARE(station.shown("FlexD"), QStringList(u"20|Aditivo|5,00|0"_s));
+        QStringList ledger =
+            station.rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo fornecedor NumeroNota cred deb"_s);
+        ledger.replaceInStrings(u"NULL"_s, QString()); // The Access reader's word for an empty text.
+        QCOMPARE(ledger,
+                 QStringList(u"21|%1|Óleo 1 L|OperEmpresa||0|2.5"_s.arg(station.shownDate(QDate(2024, 3, 15)))));
+        const auto quantities = [&] { return station.rows(u"EstoqueDiversos"_s, u"quantidade"_s).join(u' '); };
+        QCOMPARE(quantities(), u"7,50 5,00"_s);
 
-        station.key(Qt::Key_Return, &text2); // The last row: the grid keeps its header.
+        press(Qt::Key_Return); // The last row: the grid keeps its header.
         QCOMPARE(flexD.Rows(), 1);
-        station.key(Qt::Key_Return, &text2); // Nothing is left to issue.
-        QCOMPARE(quantities(), QStringList({QStringLiteral("7,50"), QStringLiteral("2,50")}));
-        station.child<QAbstractButton>("Buttom_Mega2").click();
-        QCOMPARE(station.rows("FlexD"),
-                 QStringList({QStringLiteral("20|Aditivo|2,50|2,5"), QStringLiteral("21|Óleo 1 L|7,50|2,5")}));
+        press(Qt::Key_Return); // Nothing is left to issue.
+        QCOMPARE(quantities(), u"7,50 2,50"_s);
+        station.click("Buttom_Mega2");
+        QCOMPARE(station.shown("FlexD"), QStringList({u"20|Aditivo|2,50|2,5"_s, u"21|Óleo 1 L|7,50|2,5"_s}));
     }
 
-    void eventsDuringAFill_data() { support::BothBackEnds::addRows(); }
     void eventsDuringAFill()
     {
-        FRESH_DATABASE(database);
-        StationFixture station(database);
-        addReadings(database, month());
-        frmprincipal& window = station.open();
+        FRESH_STATION(History, station);
         platform::FlexGrid& flex2 = station.grid("flex2");
         flex2.setFocus();
-        const auto during = [&](const std::function<void()>& action) {
-            station.pump.at(station.pump.count() + 2, action);
-        };
         // A newer list wins, and the older one adds nothing to it.
-        during([&] { station.date("DTP").setValue(QDate(2024, 3, 15)); });
-        station.date("dtpI_0").setValue(QDate(2024, 3, 1));
-        QCOMPARE(litres(station), QStringList({QStringLiteral("100,00"), QStringLiteral("0,00")}));
-        QCOMPARE(station.label("Label10"), QStringLiteral("100,00"));
+        station.during(2, [&] { station.date("DTP").setValue(QDate(2024, 3, 15)); });
+        station.date("dtpI_0").setValue(MonthBegin);
+        QCOMPARE(station.litres(), QStringList({u"100,00"_s, u"0,00"_s}));
+        QCOMPARE(station.label("Label10"), u"100,00"_s);
         QVERIFY(flex2.Redraw());
         // A newer list without rows leaves the older one to end.
-        during([&] { station.date("DTP").setValue(QDate(2024, 3, 25)); });
-        station.date("dtpI_1").setValue(QDate(2024, 3, 31));
-        QCOMPARE(litres(station).size(), 5);
+        station.during(2, [&] { station.date("DTP").setValue(QDate(2024, 3, 25)); });
+        station.date("dtpI_1").setValue(MonthEnd);
+        QCOMPARE(station.litres().size(), 5);
         // Delete in the middle: what is filled in cannot have been marked.
-        during([&] { station.key(Qt::Key_Delete, &flex2); });
+        station.during(2, [&] { QTest::keyClick(&flex2, Qt::Key_Delete); });
         station.date("dtpI_0").setValue(QDate(2024, 3, 2));
         QCOMPARE(station.prompts, 0);
-        QCOMPARE(litres(station).size(), 5);
+        QCOMPARE(station.litres().size(), 5);
         // The window closes in the middle of a fill.
-        during([&] { window.close(); });
-        station.child<QAbstractButton>("opt_1").click();
-        QVERIFY(window.isClosed());
+        station.during(2, [&] { station.window().close(); });
+        station.click("opt_1");
+        QVERIFY(station.window().isClosed());
     }
 };
 
-int main(int argc, char* argv[])
-{
-    QApplication application(argc, argv);
-    platform::prepareApplication(application);
-    TestHistory test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestHistory)
 #include "test_history.moc"

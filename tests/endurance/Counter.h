@@ -6,19 +6,10 @@
 #include "shared/Emitente.h"
 #include "shared/Services.h"
 #include "shared/SupervisorGate.h"
-#include "support/Doubles.h"
 #include "support/PrintDoubles.h"
+#include "support/WindowTest.h"
 
-#include <QApplication>
-#include <QTemporaryDir>
-
-#include <functional>
 #include <optional>
-
-namespace platform {
-class DatePicker;
-class FlexGrid;
-} // namespace platform
 
 namespace endurance {
 
@@ -40,24 +31,11 @@ public:
     template <typename T>
     [[nodiscard]] T& child(const char* name) const
     {
-        return childOf<T>(*m_window, name);
+        return support::control<T>(*m_window, name);
     }
-    template <typename T>
-    [[nodiscard]] static T& childOf(const QWidget& window, const char* name)
-    {
-        T* const found = window.findChild<T*>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return *found;
-    }
-    [[nodiscard]] platform::FlexGrid& grid(const char* name) const;
+    [[nodiscard]] platform::FlexGrid& grid(const char* name) const { return child<platform::FlexGrid>(name); }
     [[nodiscard]] frmprincipal& window() { return *m_window; }
-    [[nodiscard]] ado::Connection& connection() { return services->DataConnection; }
-
-    /// Enter on a row of the pump grid, the reading, Enter.
-    void enterReading(int row, const QString& reading) const;
-    /// The marks of the history, by click.
-    void mark(int row) const;
+    void enterReading(int row, const QString& reading) const { support::enterReading(*m_window, row, reading); }
 
     support::TestClock clock;
     Agreeing messages;
@@ -76,5 +54,17 @@ private:
 
 /// Lets everything pending happen.
 void settle();
+
+/// A window beside the main one, open and loaded; `more` is what its constructor takes beside the services.
+template <typename Window, typename... More>
+std::unique_ptr<Window> opened(Counter& counter, const More&... more)
+{
+    auto window = std::make_unique<Window>(*counter.services, more..., &counter.window());
+    window->show();
+    window->activateWindow();
+    settle();
+    settle();
+    return window;
+}
 
 } // namespace endurance

@@ -1,6 +1,5 @@
 // Connection and Recordset as every window uses them, the same on both back ends.
 #include "platform/ado/Connection.h"
-#include "platform/ado/Error.h"
 #include "platform/ado/Recordset.h"
 #include "platform/vb/Error.h"
 #include "support/BothBackEnds.h"
@@ -8,7 +7,10 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using ado::Recordset;
+using support::errorOf;
 using vb::Variant;
 
 namespace {
@@ -16,17 +18,6 @@ namespace {
 vb::Date day(int year, int month, int dayOfMonth, double time = 0)
 {
     return vb::Date{static_cast<double>(QDate(1899, 12, 30).daysTo(QDate(year, month, dayOfMonth))) + time};
-}
-
-template <typename Operation>
-int adoNumber(Operation operation)
-{
-    try {
-        operation();
-    } catch (const ado::Error& error) {
-        return error.number();
-    }
-    return 0;
 }
 
 } // namespace
@@ -40,24 +31,22 @@ private Q_SLOTS:
     void readsEveryType()
     {
         FRESH_DATABASE(database);
-        database.script({QStringLiteral("create table Coisas (codigo integer, litros double, nome varchar(50), "
-                                        "data datetime)"),
-                         QStringLiteral("insert into Coisas (codigo, litros, nome, data) values (7, 0.1, "
-                                        "'Óleo ''Ação'' \U0001F6E2', '2024-03-15 06:00:00')"),
-                         QStringLiteral("insert into Coisas (codigo) values (-2000000000)"),
-                         QStringLiteral("insert into Coisas (codigo, nome, data) values (8, '', '1850-01-02')")});
+        database.script({u"create table Coisas (codigo integer, litros double, nome varchar(50), data datetime)"_s,
+                         u"insert into Coisas (codigo, litros, nome, data) values (7, 0.1, 'Óleo ''Ação'' \U0001F6E2', "
+                         "'2024-03-15 06:00:00')"_s,
+                         u"insert into Coisas (codigo) values (-2000000000)"_s,
+                         u"insert into Coisas (codigo, nome, data) values (8, '', '1850-01-02')"_s});
         Recordset rows;
-        rows.Open(QStringLiteral("Select * from Coisas order by codigo;"), database.connection());
+        rows.Open(u"Select * from Coisas order by codigo;"_s, database.connection());
         QCOMPARE(rows.RecordCount(), 3);
         QVERIFY(!rows.Eof());
         QCOMPARE(rows.Fields(u"CODIGO"), Variant(-2000000000));
-        QVERIFY(rows.Fields(u"litros").isNull());
-        QVERIFY(rows.Fields(u"nome").isNull());
-        QVERIFY(rows.Fields(u"Data").isNull());
+        for (const QStringView name : {u"litros", u"nome", u"Data"})
+            QVERIFY(rows.Fields(name).isNull());
         rows.MoveNext();
         QCOMPARE(rows.Fields(0), Variant(7));
         QCOMPARE(rows.Fields(1), Variant(0.1));
-        QCOMPARE(rows.Fields(rows.fieldIndex(u"NOME")), Variant(QStringLiteral("Óleo 'Ação' \U0001F6E2")));
+        QCOMPARE(rows.Fields(rows.fieldIndex(u"NOME")), Variant(u"Óleo 'Ação' \U0001F6E2"_s));
         QCOMPARE(rows.Fields(u"data"), Variant(day(2024, 3, 15, 0.25)));
         rows.MoveNext();
         QCOMPARE(rows.Fields(u"nome"), Variant(QString()));
@@ -66,25 +55,26 @@ private Q_SLOTS:
         QVERIFY(rows.Eof());
         QVERIFY_THROWS_EXCEPTION(vb::Error, rows.MoveNext());
         QVERIFY_THROWS_EXCEPTION(vb::Error, (void)rows.Fields(u"nome"));
-        QCOMPARE(adoNumber([&] { (void)rows.Fields(u"nomes"); }), 3265);
-        QCOMPARE(adoNumber([&] { (void)rows.Fields(4); }), 3265);
+        QCOMPARE(errorOf([&] { (void)rows.Fields(u"nomes"); }).number(), 3265);
+        QCOMPARE(errorOf([&] { (void)rows.Fields(4); }).number(), 3265);
     }
 
     void addsAndChangesRows_data() { support::BothBackEnds::addRows(); }
     void addsAndChangesRows()
     {
         FRESH_DATABASE(database);
-        database.script({QStringLiteral("create table Razao (CodProd double, DataOP datetime, descritivo varchar(80), "
-                                        "cred double, nota varchar(20))")});
-        const QString source = QStringLiteral("Select * from Razao;");
+        database.script(
+            {u"create table Razao (CodProd double, DataOP datetime, descritivo varchar(80), cred double, nota "
+             "varchar(20))"_s});
+        const QString source = u"Select * from Razao;"_s;
         Recordset added;
         added.OpenToAdd(source, database.connection());
         QVERIFY(added.Eof());
         added.AddNew();
-        added.SetField(u"codprod", QStringLiteral("00012"));
+        added.SetField(u"codprod", u"00012"_s);
         added.SetField(u"DataOP", day(2024, 3, 15));
-        added.SetField(u"descritivo", QStringLiteral("Gasolina d'água \\ \"aditivada\""));
-        added.SetField(u"cred", QStringLiteral("1.234,50"));
+        added.SetField(u"descritivo", u"Gasolina d'água \\ \"aditivada\""_s);
+        added.SetField(u"cred", u"1.234,50"_s);
         added.SetField(u"nota", 1.5); // A number becomes its regional text in a text column.
         added.Update();
         added.AddNew();
@@ -93,7 +83,7 @@ private Q_SLOTS:
         added.Update();
         added.AddNew();
         added.SetField(u"inexistente", 1.0);
-        QVERIFY(adoNumber([&] { added.Update(); }) != 0);
+        QVERIFY(errorOf([&] { added.Update(); }).number() != 0);
 
         Recordset rows;
         rows.Open(source, database.connection());
@@ -108,22 +98,17 @@ private Q_SLOTS:
         rows.MoveNext();
         QCOMPARE(rows.Fields(u"CodProd"), Variant(13.0));
         QCOMPARE(rows.Fields(u"nota"), Variant(QString()));
-        QVERIFY_THROWS_EXCEPTION(ado::Error, rows.SetField(u"cred", QStringLiteral("abc")));
-        rows.SetField(u"descritivo", QStringLiteral("x"));
+        QVERIFY_THROWS_EXCEPTION(ado::Error, rows.SetField(u"cred", u"abc"_s));
+        rows.SetField(u"descritivo", u"x"_s);
         rows.MoveNext(); // Writes what is pending.
         QVERIFY(rows.Eof());
         QVERIFY_THROWS_EXCEPTION(vb::Error, rows.SetField(u"cred", 1.0));
 
         // The reader of Access files shows an empty text as null.
-        const QString empty = backEnd == QStringLiteral("access") ? QStringLiteral("NULL") : QString();
-        const QList<QStringList> expected = {
-            {QStringLiteral("12"), QStringLiteral("2024-03-15 00:00:00"),
-             QStringLiteral("Gasolina d'água \\ \"aditivada\""), QStringLiteral("2.25"), QStringLiteral("NULL")},
-            {QStringLiteral("13"), QStringLiteral("NULL"), QStringLiteral("x"), QStringLiteral("NULL"), empty}};
-        QCOMPARE(database.table(QStringLiteral("Razao"),
-                                {QStringLiteral("CodProd"), QStringLiteral("DataOP"), QStringLiteral("descritivo"),
-                                 QStringLiteral("cred"), QStringLiteral("nota")}),
-                 expected);
+        const QString empty = backEnd == u"access"_s ? u"NULL"_s : QString();
+        QCOMPARE(database.rows(u"Razao"_s, u"CodProd DataOP descritivo cred nota"_s),
+                 (QStringList{u"12|2024-03-15 00:00:00|Gasolina d'água \\ \"aditivada\"|2.25|NULL"_s,
+                              u"13|NULL|x|NULL|"_s + empty}));
     }
 
     /// Rows that hold the same in every selected column: one Update changes one row.
@@ -131,17 +116,16 @@ private Q_SLOTS:
     void changesOneOfEqualRows()
     {
         FRESH_DATABASE(database);
-        database.script({QStringLiteral("create table Estoque (codigo integer, quantidade double)"),
-                         QStringLiteral("insert into Estoque (codigo, quantidade) values (5, 100)"),
-                         QStringLiteral("insert into Estoque (codigo, quantidade) values (5, 100)")});
+        database.script({u"create table Estoque (codigo integer, quantidade double)"_s,
+                         u"insert into Estoque (codigo, quantidade) values (5, 100)"_s,
+                         u"insert into Estoque (codigo, quantidade) values (5, 100)"_s});
         Recordset rows;
-        rows.Open(QStringLiteral("Select quantidade, codigo from estoque where codigo = 5"), database.connection());
+        rows.Open(u"Select quantidade, codigo from estoque where codigo = 5"_s, database.connection());
         rows.SetField(u"quantidade", 40.5);
         rows.Update();
         rows.Close();
-        QCOMPARE(adoNumber([&] { (void)rows.RecordCount(); }), 3704);
-        QCOMPARE(database.table(QStringLiteral("Estoque"), {QStringLiteral("quantidade")}),
-                 (QList<QStringList>{{QStringLiteral("40.5")}, {QStringLiteral("100")}}));
+        QCOMPARE(errorOf([&] { (void)rows.RecordCount(); }).number(), 3704);
+        QCOMPARE(database.rows(u"Estoque"_s, u"quantidade"_s), (QStringList{u"40.5"_s, u"100"_s}));
     }
 
     void tracesAndReportsStatements_data() { support::BothBackEnds::addRows(); }
@@ -149,43 +133,37 @@ private Q_SLOTS:
     {
         FRESH_DATABASE(database);
         const support::StatementTrace trace;
-        const QString create = QStringLiteral("create table  config  (baixardoestoqueplanilha varchar(20)) ");
-        const QString select = QStringLiteral("Select * from config ");
-        const QString insert = QStringLiteral("insert into config (baixardoestoqueplanilha)\r\nvalues('não')");
-        const QString wrong = QStringLiteral("Select * from  inexistente where a = ' x '");
+        const QString create = u"create table  config  (baixardoestoqueplanilha varchar(20)) "_s;
+        const QString select = u"Select * from config "_s;
+        const QString insert = u"insert into config (baixardoestoqueplanilha)\r\nvalues('não')"_s;
+        const QString wrong = u"Select * from  inexistente where a = ' x '"_s;
         database.script({create, insert});
         Recordset rows;
         rows.Open(select, database.connection());
-        rows.SetField(u"baixardoestoqueplanilha", QStringLiteral("nao"));
+        rows.SetField(u"baixardoestoqueplanilha", u"nao"_s);
         rows.Update();
         Recordset other;
         other.Open(select, database.connectionString());
-        QCOMPARE(other.Fields(0), Variant(QStringLiteral("nao")));
-        try {
-            rows.Open(wrong, database.connection());
-            QFAIL("a missing table is an error");
-        } catch (const ado::Error& error) {
-            QCOMPARE(error.statement(), wrong);
-            QVERIFY(error.text().contains(QStringLiteral("inexistente")));
-            QVERIFY(error.number() != 0);
-        }
-        QVERIFY_THROWS_EXCEPTION(ado::Error, database.connection().Execute(QStringLiteral("isto não é SQL")));
-        QCOMPARE(trace.lines(),
-                 (QStringList{QStringLiteral("exec ") + create,
-                              QStringLiteral("exec insert into config (baixardoestoqueplanilha)\\nvalues('não')"),
-                              QStringLiteral("open ") + select, QStringLiteral("open ") + select,
-                              QStringLiteral("open ") + wrong, QStringLiteral("exec isto não é SQL")}));
+        QCOMPARE(other.Fields(0), Variant(u"nao"_s));
+        const ado::Error error = errorOf([&] { rows.Open(wrong, database.connection()); });
+        QCOMPARE(error.statement(), wrong);
+        QVERIFY(error.number() != 0 && error.text().contains(u"inexistente"_s));
+        QVERIFY_THROWS_EXCEPTION(ado::Error, database.connection().Execute(u"isto não é SQL"_s));
+        QCOMPARE(
+            trace.lines(),
+            (QStringList{u"exec "_s + create, u"exec insert into config (baixardoestoqueplanilha)\\nvalues('não')"_s,
+                         u"open "_s + select, u"open "_s + select, u"open "_s + wrong, u"exec isto não é SQL"_s}));
     }
 
     void closedConnection()
     {
         ado::Connection connection;
         Recordset rows;
-        QCOMPARE(adoNumber([&] { connection.Execute(QStringLiteral("Update x set y = 1")); }), 3704);
-        QCOMPARE(adoNumber([&] { rows.Open(QStringLiteral("Select * from x"), connection); }), 3704);
-        QCOMPARE(adoNumber([&] { rows.OpenToAdd(QStringLiteral("Select * from x"), connection); }), 3704);
-        QCOMPARE(adoNumber([&] { (void)rows.Eof(); }), 3704);
-        QVERIFY(adoNumber([&] { connection.Open(QStringLiteral("DRIVER={Não existe};server=x")); }) != 0);
+        QCOMPARE(errorOf([&] { connection.Execute(u"Update x set y = 1"_s); }).number(), 3704);
+        QCOMPARE(errorOf([&] { rows.Open(u"Select * from x"_s, connection); }).number(), 3704);
+        QCOMPARE(errorOf([&] { rows.OpenToAdd(u"Select * from x"_s, connection); }).number(), 3704);
+        QCOMPARE(errorOf([&] { (void)rows.Eof(); }).number(), 3704);
+        QVERIFY(errorOf([&] { connection.Open(u"DRIVER={Não existe};server=x"_s); }).number() != 0);
         QVERIFY(!connection.isOpen());
     }
 };

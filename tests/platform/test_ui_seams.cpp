@@ -51,11 +51,28 @@ public:
 class Window : public QWidget
 {
 public:
+    /// On the screen and active.
+    void open()
+    {
+        show();
+        activateWindow();
+        if (!QTest::qWaitForWindowActive(this))
+            qFatal("the window does not become active");
+    }
     QList<int> keys;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override { keys.append(event->key()); }
 };
+
+/// As the program calls them: with the default arguments of the interface.
+platform::Messages& messageBoxes()
+{
+    static platform::MessageBoxes boxes;
+    return boxes;
+}
+
+const QDate StartDate(2026, 2, 15);
 
 } // namespace
 
@@ -108,18 +125,13 @@ private Q_SLOTS:
         QFETCH(QStringList, buttons);
         QFETCH(int, key);
         QFETCH(MsgBoxResult, result);
-        QWidget window;
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        Window window;
+        window.open();
         QTimer::singleShot(0, &window, [&] {
             auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             QVERIFY(box);
             QVERIFY(QTest::qWaitForWindowActive(box));
-            const QString folder = qEnvironmentVariable("PLANILHA_PICTURES");
-            if (!folder.isEmpty())
-                box->grab().save(folder + QStringLiteral("/box_%1.png").arg(style));
-            QCOMPARE(box->parentWidget(), &window);
+            QCOMPARE(box->parentWidget(), static_cast<QWidget*>(&window));
             QCOMPARE(box->windowTitle(), QStringLiteral("Planilha de Bombas"));
             QCOMPARE(box->text(), QStringLiteral("Linha <b>um</b> & \nlinha dois"));
             QCOMPARE(box->textFormat(), Qt::PlainText);
@@ -130,22 +142,16 @@ private Q_SLOTS:
             QCOMPARE(texts, buttons);
             QTest::keyClick(box->window()->focusWidget(), static_cast<Qt::Key>(key));
         });
-        platform::MessageBoxes real;
-        platform::Messages& boxes = real;
-        QCOMPARE(boxes.MsgBox(QStringLiteral("Linha <b>um</b> & \r\nlinha dois"), style), result);
+        QCOMPARE(messageBoxes().MsgBox(QStringLiteral("Linha <b>um</b> & \r\nlinha dois"), style), result);
         QVERIFY(QTest::qWaitForWindowActive(&window));
     }
 
     void messageBoxOutlivedByNobody()
     {
-        auto* const window = new QWidget;
-        window->show();
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
+        auto* const window = new Window;
+        window->open();
         QTimer::singleShot(20, qApp, [window] { delete window; });
-        platform::MessageBoxes real;
-        platform::Messages& boxes = real;
-        QCOMPARE(boxes.MsgBox(QStringLiteral("?"), platform::vbYesNo), MsgBoxResult::No);
+        QCOMPARE(messageBoxes().MsgBox(QStringLiteral("?"), platform::vbYesNo), MsgBoxResult::No);
     }
 
     void boundary_data()
@@ -204,25 +210,19 @@ private Q_SLOTS:
 
     void typedDateCountsWhenComplete_data()
     {
-        QTest::addColumn<QDate>("start");
         QTest::addColumn<QString>("typed");
         QTest::addColumn<int>("last");
         QTest::addColumn<QDate>("expected");
-        const QDate start(2026, 2, 15);
-        QTest::newRow("Enter") << start << "22112026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
-        QTest::newRow("Tab") << start << "22112026" << int(Qt::Key_Tab) << QDate(2026, 11, 22);
-        QTest::newRow("with slashes") << start << "22/11/2026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
-        QTest::newRow("day beyond the month shown")
-            << start << "31122025" << int(Qt::Key_Return) << QDate(2025, 12, 31);
-        QTest::newRow("one-digit parts, short year") << start << "4/5/27" << int(Qt::Key_Return) << QDate(2027, 5, 4);
-        QTest::newRow("end of a short month") << start << "31" << int(Qt::Key_Tab) << QDate(2026, 2, 28);
-        QTest::newRow("no date") << start << "00" << int(Qt::Key_Tab) << start;
-        QTest::newRow("day only") << start << "09" << int(Qt::Key_Return) << QDate(2026, 2, 9);
-        QTest::newRow("the same date") << start << "15022026" << int(Qt::Key_Return) << start;
+        QTest::newRow("Enter") << "22112026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
+        QTest::newRow("with slashes") << "22/11/2026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
+        QTest::newRow("day beyond the month shown") << "31122025" << int(Qt::Key_Return) << QDate(2025, 12, 31);
+        QTest::newRow("one-digit parts, short year") << "4/527" << int(Qt::Key_Return) << QDate(2027, 5, 4);
+        QTest::newRow("end of a short month") << "31" << int(Qt::Key_Tab) << QDate(2026, 2, 28);
+        QTest::newRow("no date") << "00" << int(Qt::Key_Tab) << StartDate;
+        QTest::newRow("the same date") << "15022026" << int(Qt::Key_Return) << StartDate;
     }
     void typedDateCountsWhenComplete()
     {
-        QFETCH(QDate, start);
         QFETCH(QString, typed);
         QFETCH(int, last);
         QFETCH(QDate, expected);
@@ -230,30 +230,26 @@ private Q_SLOTS:
         auto* const picker = new DatePicker(&window);
         auto* const next = new QPushButton(&window);
         next->move(0, 60);
-        picker->setValue(start);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        picker->setValue(StartDate);
+        window.open();
         picker->setFocus(Qt::TabFocusReason);
         const QSignalSpy changes(picker, &DatePicker::Change);
         QTest::keyClicks(picker, typed);
         QCOMPARE(changes.size(), 0);
         QTest::keyClick(picker, static_cast<Qt::Key>(last));
         QCOMPARE(picker->Value(), expected);
-        QCOMPARE(changes.size(), expected == start ? 0 : 1);
+        QCOMPARE(changes.size(), expected == StartDate ? 0 : 1);
         if (last == Qt::Key_Return)
             QCOMPARE(window.keys, QList<int>{last});
         QTest::keyClick(picker, Qt::Key_Return);
-        QCOMPARE(changes.size(), expected == start ? 0 : 1);
+        QCOMPARE(changes.size(), expected == StartDate ? 0 : 1);
     }
 
     void datePickerKeysAndProgram()
     {
         Window window;
         auto* const picker = new DatePicker(&window);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        window.open();
         picker->setFocus();
         const QSignalSpy changes(picker, &DatePicker::Change);
         picker->setValue(QDate(2026, 3, 1));
@@ -277,9 +273,6 @@ private Q_SLOTS:
         QCOMPARE(changes.size(), 2);
         QTest::keyClick(picker, Qt::Key_Down, Qt::AltModifier);
         QTRY_VERIFY(picker->calendarWidget()->isVisible());
-        const QString folder = qEnvironmentVariable("PLANILHA_PICTURES");
-        if (!folder.isEmpty())
-            picker->calendarWidget()->window()->grab().save(folder + QStringLiteral("/calendar.png"));
         QCOMPARE(picker->calendarWidget()->locale().name(), QStringLiteral("pt_BR"));
         picker->calendarWidget()->window()->close();
     }
@@ -303,6 +296,7 @@ private Q_SLOTS:
         QCOMPARE(box->text(), QStringLiteral("1,2"));
         QTest::keyClick(box, Qt::Key_Backspace);
         QTest::keyClick(box, Qt::Key_Period, Qt::KeypadModifier);
+        QCOMPARE(codes.last(), int(','));
         QCOMPARE(box->text(), QStringLiteral("1,,"));
         QTest::keyClick(box, Qt::Key_Return);
         QCOMPARE(entered.size(), 1);
@@ -330,19 +324,14 @@ private Q_SLOTS:
         }
         menu->close();
         QCOMPARE(box->text(), QStringLiteral("3,43,45"));
-    }
 
-    void droppedEnterStaysInTheFilter()
-    {
-        Window window;
-        auto* const box = new QLineEdit(QStringLiteral("1"), &window);
+        // What a filter drops reaches neither the box nor the window, Enter and Backspace included.
         new platform::KeyFilter(box, [](int) { return 0; });
-        window.show();
-        const QSignalSpy entered(box, &QLineEdit::returnPressed);
+        window.keys.clear();
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Backspace, Qt::Key_5})
             QTest::keyClick(box, key);
-        QCOMPARE(box->text(), QStringLiteral("1"));
-        QCOMPARE(entered.size(), 0);
+        QCOMPARE(box->text(), QStringLiteral("3,43,45"));
+        QCOMPARE(entered.size(), 1);
         QVERIFY(window.keys.isEmpty());
     }
 
@@ -355,9 +344,7 @@ private Q_SLOTS:
         platform::EnterMovesOn mover;
         mover.watch(box);
         mover.watch(list);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        window.open();
         box->setFocus();
         QTest::keyClick(box, Qt::Key_Enter);
         QVERIFY(list->hasFocus());

@@ -18,18 +18,16 @@ const QString SelectStock = u"open Select * from Estoque order by Discriminacao"
 const QString SelectProducts = u"open Select * from cadprodcomb order by Descritivo"_s;
 
 /// An open product register over three stock items, two products and three ledger rows.
-struct Register
+struct Register : WindowTest
 {
-    explicit Register(BothBackEnds& database)
-        : station(database)
+    explicit Register(BothBackEnds& used)
+        : WindowTest(used)
     {
-        const QString item = u"INSERT INTO Estoque (codigo, Discriminacao, valorvenda) VALUES "_s;
-        const QString products = u"INSERT INTO CadProdComb (Descritivo, codprod, valor, codigoEstoque) VALUES "_s;
-        const QString ledger = u"INSERT INTO ControleProdComb (CodProd, cred) VALUES "_s;
-        station.script({item + u"(7, 'Gasolina comum', 5.499)"_s, item + u"(21, 'Óleo diesel', 1234.5)"_s,
-                        item + u"(30, 'Gasolina d''água', 1)"_s, products + u"('Gasolina comum', 70, 5, 7)"_s,
-                        products + u"('Etanol', 8, 3.5, 8)"_s, ledger + u"(7, 1)"_s, ledger + u"(7, 2)"_s,
-                        ledger + u"(8, 3)"_s});
+        insert(u"Estoque"_s, u"codigo, Discriminacao, valorvenda"_s,
+               {u"7, 'Gasolina comum', 5.499"_s, u"21, 'Óleo diesel', 1234.5"_s, u"30, 'Gasolina d''água', 1"_s});
+        insert(u"CadProdComb"_s, u"Descritivo, codprod, valor, codigoEstoque"_s,
+               {u"'Gasolina comum', 70, 5, 7"_s, u"'Etanol', 8, 3.5, 8"_s});
+        insert(u"ControleProdComb"_s, u"CodProd, cred"_s, {u"7, 1"_s, u"7, 2"_s, u"8, 3"_s});
         open(window);
     }
     QLineEdit& code() { return control<QLineEdit>(window, "Text1"); }
@@ -38,8 +36,8 @@ struct Register
     {
         return QStringList({control<QLabel>(window, "Label1").text(), code().text(), price().text()}).join(u'|');
     }
-    QStringList products() { return station.rows(u"CadProdComb"_s, u"Descritivo codprod valor codigoEstoque"_s); }
-    QStringList ledger() { return station.rows(u"ControleProdComb"_s, u"CodProd cred"_s); }
+    QStringList products() { return rows(u"CadProdComb"_s, u"Descritivo codprod valor codigoEstoque"_s); }
+    QStringList ledger() { return rows(u"ControleProdComb"_s, u"CodProd cred"_s); }
     /// Picks an entry of the stock by keys alone.
     void pick(int entry)
     {
@@ -50,8 +48,7 @@ struct Register
         press(Qt::Key_Return);
     }
 
-    WindowTest station;
-    frmCadProd window{station.services};
+    frmCadProd window{services};
     QListWidget& list = control<QListWidget>(window, "List1");
     QGroupBox& chooser = control<QGroupBox>(window, "Frame2");
     QSignalSpy changed{&window, &frmCadProd::pumpsChanged};
@@ -64,14 +61,13 @@ class TestFrmCadProd : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase_data() { BothBackEnds::addRows(); }
     void initTestCase() { platform::prepareApplication(*qApp); }
 
-    void byKeyboard_data() { BothBackEnds::addRows(); }
     void byKeyboard()
     {
-        FRESH_DATABASE(database);
-        Register products(database);
-        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
+        FRESH_STATION(Register, products);
+        QCOMPARE(products.statements(), QStringList({SelectStock, SelectProducts}));
         QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s, u"00007 - Gasolina comum"_s}));
         QCOMPARE(namelessControls(products.window), QStringList());
         press(Qt::Key_Return); // on the button that opens the chooser
@@ -85,15 +81,14 @@ private Q_SLOTS:
         QCOMPARE(products.shown(), u"Óleo diesel|00021|1.234,500"_s);
         QCOMPARE(products.price().selectedText(), u"1.234,500"_s);
         type(u"5,499"_s);
-        press({Qt::Key_Backtab});
+        press(Qt::Key_Backtab);
         QCOMPARE(products.code().selectedText(), u"00021"_s);
-        type(u"21"_s);
-        press(Qt::Key_Return);
+        enter(u"21"_s);
         QCOMPARE(products.code().text(), u"00021"_s);
         QCOMPARE(focused(), u"Buttom_Mega1"_s);
         press(Qt::Key_Return);
         const QString price = database.isMySql() ? u"5.499"_s : u"5,499"_s;
-        QCOMPARE(products.station.statements(),
+        QCOMPARE(products.statements(),
                  QStringList({u"open Select * from estoque where codigo = 21"_s,
                               u"open Select * from CadProdComb where Descritivo = 'Óleo diesel'"_s,
                               u"exec Insert Into CadProdComb(Descritivo, codprod, valor, codigoestoque) values "
@@ -112,24 +107,21 @@ private Q_SLOTS:
         QCOMPARE(products.changed.count(), 1);
     }
 
-    void existing_data() { BothBackEnds::addRows(); }
     void existing()
     {
-        FRESH_DATABASE(database);
-        Register products(database);
+        FRESH_STATION(Register, products);
         clickEntry(products.list, 1);
         QCOMPARE(products.shown(), u"Gasolina comum|00007|5,000"_s);
-        QCOMPARE(products.station.statements().last(), u"open Select * from cadprodcomb where codigoestoque = 7"_s);
+        QCOMPARE(products.statements().last(), u"open Select * from cadprodcomb where codigoestoque = 7"_s);
         const QString update =
             u"exec UPDATE cadProdComb set descritivo = 'Gasolina comum', valor = '%1', codigoestoque = '9' where "
             u"descritivo = 'Gasolina comum';"_s.arg(database.isMySql() ? u"6.5"_s : u"6,5"_s);
         const auto save = [&](MsgBoxResult answer) {
             products.code().setText(u"9"_s);
             products.price().setText(u"6,5"_s);
-            products.station.messages.expect(answer);
-            click(products.window, "Buttom_Mega1");
-            QCOMPARE(products.station.boxes(), QStringList({u"4 Aplicar as alterações para Gasolina comum"_s}));
-            QCOMPARE(products.station.statements().contains(update), answer == MsgBoxResult::Yes);
+            QCOMPARE(products.told([&] { click(products.window, "Buttom_Mega1"); }, answer),
+                     QStringList({u"4 Aplicar as alterações para Gasolina comum"_s}));
+            QCOMPARE(products.statements().contains(update), answer == MsgBoxResult::Yes);
             QCOMPARE(focused(), u"Text2"_s);
         };
         save(MsgBoxResult::No);
@@ -148,7 +140,7 @@ private Q_SLOTS:
                                      {u"x"_s, u"0"_s, u"Text1"_s},
                                      {u"00000"_s, u"0"_s, u"Text1"_s},
                                      {u"7"_s, u"0,000"_s, u"Text2"_s}};
-        (void)products.station.statements();
+        (void)products.statements();
         for (const QStringList& one : cases) {
             products.code().setText(one[0]);
             products.price().setText(one[1]);
@@ -156,39 +148,35 @@ private Q_SLOTS:
             QCOMPARE(focused(), one[2]);
             QCOMPARE(products.price().text(), one[1]);
         }
-        QCOMPARE(products.station.statements(), QStringList());
+        QCOMPARE(products.statements(), QStringList());
     }
 
-    void apostropheAndGoneItem_data() { BothBackEnds::addRows(); }
     void apostropheAndGoneItem()
     {
-        FRESH_DATABASE(database);
-        Register products(database);
+        FRESH_STATION(Register, products);
         products.pick(1);
         QCOMPARE(products.shown(), u"Gasolina d'água|00030|1,000"_s);
-        products.station.messages.expect();
-        click(products.window, "Buttom_Mega1");
-        QVERIFY(products.station.boxes().first().startsWith(u"16 Erro em tempo de execução"_s));
+        QVERIFY(products.told([&] { click(products.window, "Buttom_Mega1"); })
+                    .first()
+                    .startsWith(u"16 Erro em tempo de execução"_s));
         QCOMPARE(products.products().size(), 2);
 
-        products.station.script({u"DELETE FROM Estoque WHERE codigo = 21"_s, u"DELETE FROM CadProdComb"_s});
+        products.script({u"DELETE FROM Estoque WHERE codigo = 21"_s, u"DELETE FROM CadProdComb"_s});
         products.pick(1); // one on from the last pick
         QCOMPARE(products.shown(), u"Óleo diesel|00021|"_s);
         clickEntry(products.list, 0);
         QCOMPARE(products.shown(), u"Óleo diesel|00021|"_s);
         products.list.clearSelection();
-        (void)products.station.statements();
+        (void)products.statements();
         press(Qt::Key_Delete); // nothing is selected: nothing is asked
-        QCOMPARE(products.station.statements(), QStringList());
+        QCOMPARE(products.statements(), QStringList());
     }
 
-    void longDescription_data() { BothBackEnds::addRows(); }
     void longDescription()
     {
-        FRESH_DATABASE(database);
-        Register products(database);
+        FRESH_STATION(Register, products);
         const QString description = u"ação"_s.repeated(63) + u"çãé"_s; // 255 characters
-        products.station.script({u"UPDATE Estoque SET Discriminacao = '"_s + description + u"' WHERE codigo = 7"_s});
+        products.script({u"UPDATE Estoque SET Discriminacao = '"_s + description + u"' WHERE codigo = 7"_s});
         click(products.window, "Command1");
         products.pick(0);
         click(products.window, "Buttom_Mega1");
@@ -197,22 +185,18 @@ private Q_SLOTS:
         QVERIFY(products.shown().startsWith(description));
     }
 
-    void deleting_data() { BothBackEnds::addRows(); }
     void deleting()
     {
-        FRESH_DATABASE(database);
-        Register products(database);
+        FRESH_STATION(Register, products);
         clickEntry(products.list, 1);
-        (void)products.station.statements();
+        (void)products.statements();
         const QString one = u"84 Deseja mesmo excluir o registro 00007 e todos seus vinculados? Esta operação não "
                             u"poderá ser desfeita"_s;
         for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
             QCOMPARE(products.ledger().size(), 3);
-            products.station.messages.expect(answer);
-            press(Qt::Key_Delete);
-            QCOMPARE(products.station.boxes(), QStringList({one}));
+            QCOMPARE(products.told([&] { press(Qt::Key_Delete); }, answer), QStringList({one}));
         }
-        QCOMPARE(products.station.statements(),
+        QCOMPARE(products.statements(),
                  QStringList({u"exec Delete from CadProdComb where codigoestoque = 7"_s,
                               u"exec Delete from ControleProdComb where codProd = 7"_s, SelectProducts}));
         QCOMPARE(products.products(), QStringList({u"Etanol|8|3.5|8"_s}));
@@ -222,17 +206,15 @@ private Q_SLOTS:
             u"84 Deseja mesmo excluir a lista e todos seus vinculados? Esta operação não poderá ser desfeita"_s;
         for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
             QCOMPARE(products.ledger().size(), 1);
-            products.station.messages.expect(answer);
-            click(products.window, "Command2");
-            QCOMPARE(products.station.boxes(), QStringList({all}));
+            QCOMPARE(products.told([&] { click(products.window, "Command2"); }, answer), QStringList({all}));
         }
-        QCOMPARE(products.station.statements(),
+        QCOMPARE(products.statements(),
                  QStringList({u"exec Delete from CadProdComb where codigoI >= 0"_s,
                               u"exec Delete from ControleProdComb where codigoI >= 0"_s, SelectProducts}));
         QVERIFY(products.products().isEmpty() && products.ledger().isEmpty());
         QCOMPARE(entries(products.list), QStringList({u"00008 - Etanol"_s})); // the old entry stays, deliberately
         click(products.window, "Command1");
-        QCOMPARE(products.station.statements(), QStringList({SelectStock, SelectProducts}));
+        QCOMPARE(products.statements(), QStringList({SelectStock, SelectProducts}));
     }
 };
 

@@ -21,40 +21,24 @@ const QString DeleteQuestion =
     u"260 A T E N Ç Ã O: Excluir o(s) registro(s) selecionado(s) e todos seus vinculos.\r\nEsta operação não poderá "
     u"ser revertida"_s;
 
-QStringList rowsOf(const FlexGrid& grid)
-{
-    QStringList rows;
-    for (int row = 0; row < grid.Rows(); ++row)
-        rows << QStringList({grid.TextMatrix(row, 0), grid.TextMatrix(row, 1), grid.TextMatrix(row, 2)}).join(u'|');
-    return rows;
-}
-
-QPoint placeOf(const FlexGrid& grid, int row)
-{
-    return {20, grid.rowViewportPosition(row - 1) + 5};
-}
-
 /// The open window over four stock items, two of them chosen.
-struct Items
+struct Items : WindowTest
 {
-    explicit Items(BothBackEnds& database)
-        : station(database)
+    explicit Items(BothBackEnds& used)
+        : WindowTest(used)
     {
-        const QString item = u"INSERT INTO Estoque (codigo, Discriminacao, quantidade) VALUES "_s;
-        const QString one = u"INSERT INTO EstoqueDiversos (codigo, discriminacao, quantidade) VALUES "_s;
-        const QString ledger = u"INSERT INTO ControleProdComb (CodProd, cred) VALUES "_s;
-        station.script({item + u"(11, 'Óleo 20W50', 86)"_s, item + u"(12, 'Água 5 L', 24.5)"_s,
-                        item + u"(13, 'Óleo 15W40', 1)"_s, item + u"(14, 'Pano d''água', NULL)"_s,
-                        one + u"(11, 'Óleo 20W50', '10,00')"_s, one + u"(20, 'Cera', '2,50')"_s, ledger + u"(20, 1)"_s,
-                        ledger + u"(20, 2)"_s, ledger + u"(11, 3)"_s});
+        insert(u"Estoque"_s, u"codigo, Discriminacao, quantidade"_s,
+               {u"11, 'Óleo 20W50', 86"_s, u"12, 'Água 5 L', 24.5"_s, u"13, 'Óleo 15W40', 1"_s,
+                u"14, 'Pano d''água', NULL"_s});
+        insert(u"EstoqueDiversos"_s, u"codigo, discriminacao, quantidade"_s,
+               {u"11, 'Óleo 20W50', '10,00'"_s, u"20, 'Cera', '2,50'"_s});
+        insert(u"ControleProdComb"_s, u"CodProd, cred"_s, {u"20, 1"_s, u"20, 2"_s, u"11, 3"_s});
         open(window);
     }
     QString text(const char* box) { return control<QLineEdit>(window, box).text(); }
-    QStringList stored() { return station.rows(u"EstoqueDiversos"_s, u"codigo discriminacao quantidade"_s); }
-    void click(FlexGrid& grid, int row) { QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, placeOf(grid, row)); }
+    QStringList stored() { return rows(u"EstoqueDiversos"_s, u"codigo discriminacao quantidade"_s); }
 
-    WindowTest station;
-    frmdiversos window{station.services};
+    frmdiversos window{services};
     FlexGrid& stock = control<FlexGrid>(window, "flex");
     FlexGrid& chosen = control<FlexGrid>(window, "Flex1");
     QGroupBox& quantity = control<QGroupBox>(window, "Frame1");
@@ -67,15 +51,14 @@ class TestFrmdiversos : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase_data() { BothBackEnds::addRows(); }
     void initTestCase() { platform::prepareApplication(*qApp); }
 
-    void openingAndSearching_data() { BothBackEnds::addRows(); }
     void openingAndSearching()
     {
-        FRESH_DATABASE(database);
-        Items items(database);
+        FRESH_STATION(Items, items);
         const QString header = u"Codigo|Quantidade|Descritivo"_s;
-        QCOMPARE(items.station.statements(),
+        QCOMPARE(items.statements(),
                  QStringList({u"open Select codigo, discriminacao, quantidade from Estoque order by discriminacao;"_s,
                               SelectChosen}));
         QCOMPARE(rowsOf(items.stock), QStringList({header, u"12|24,5|Água 5 L"_s, u"13|1|Óleo 15W40"_s,
@@ -85,32 +68,26 @@ private Q_SLOTS:
         QCOMPARE(namelessControls(items.window), QStringList());
 
         QCOMPARE(focused(), u"Text1"_s);
-        type(u"óleo"_s);
-        press(Qt::Key_Return);
-        QCOMPARE(items.station.statements(),
+        enter(u"óleo"_s);
+        QCOMPARE(items.statements(),
                  QStringList({u"open Select codigo, discriminacao, quantidade from Estoque where discriminacao like "
                               u"'%óleo%' order by discriminacao;"_s}));
         QCOMPARE(items.stock.Rows(), 3);
         QCOMPARE(focused(), u"Text1"_s);
         QCOMPARE(control<QLineEdit>(items.window, "Text1").selectedText(), u"óleo"_s);
-        type(u"nada"_s);
-        press(Qt::Key_Return);
+        enter(u"nada"_s);
         QCOMPARE(rowsOf(items.stock), QStringList({header}));
         press({Qt::Key_Tab, Qt::Key_Return}); // on the grid without rows
         QVERIFY(!items.quantity.isVisible());
         press(Qt::Key_Backtab);
         type(u"d'água"_s);
-        items.station.messages.expect();
-        press(Qt::Key_Return);
-        QVERIFY(items.station.boxes().first().startsWith(u"16 Erro em tempo de execução"_s));
+        QVERIFY(items.told([&] { press(Qt::Key_Return); }).first().startsWith(u"16 Erro em tempo de execução"_s));
     }
 
-    void choosing_data() { BothBackEnds::addRows(); }
     void choosing()
     {
-        FRESH_DATABASE(database);
-        Items items(database);
-        (void)items.station.statements();
+        FRESH_STATION(Items, items);
+        (void)items.statements();
         press({Qt::Key_Tab, Qt::Key_Down, Qt::Key_Return});
         QVERIFY(items.quantity.isVisible());
         QCOMPARE(control<QLabel>(items.window, "Label4").text(), u"Óleo 15W40"_s);
@@ -119,15 +96,13 @@ private Q_SLOTS:
         QVERIFY(!items.quantity.isVisible());
         QCOMPARE(focused(), u"flex"_s);
         press(Qt::Key_Return);
-        type(u"abc"_s);
-        press(Qt::Key_Return);
+        enter(u"abc"_s);
         QCOMPARE(items.text("Text2"), u"0"_s);
         QCOMPARE(focused(), u"Text2"_s);
-        QCOMPARE(items.station.statements(), QStringList());
-        press({Qt::Key_Backspace});
-        type(u"1234,5"_s);
-        press(Qt::Key_Return);
-        QCOMPARE(items.station.statements(),
+        QCOMPARE(items.statements(), QStringList());
+        press(Qt::Key_Backspace);
+        enter(u"1234,5"_s);
+        QCOMPARE(items.statements(),
                  QStringList({u"exec Insert into EstoqueDiversos(codigo, QUANTIDADE, discriminacao) values "
                               u"('13','1.234,50','Óleo 15W40');"_s,
                               SelectChosen}));
@@ -137,20 +112,18 @@ private Q_SLOTS:
 
         // It is chosen now, by whichever way it is asked for again.
         const QStringList told{u"0 Existe um registro inserido com este codigo"_s};
-        items.station.messages.expect();
-        press(Qt::Key_Return);
-        QCOMPARE(items.station.boxes(), told);
-        items.station.messages.expect();
-        QTest::mouseDClick(items.stock.viewport(), Qt::LeftButton, {}, placeOf(items.stock, 3));
-        QCOMPARE(items.station.boxes(), told);
+        QCOMPARE(items.told([&] { press(Qt::Key_Return); }), told);
+        QCOMPARE(items.told([&] {
+            QTest::mouseDClick(items.stock.viewport(), Qt::LeftButton, {},
+                               items.stock.visualRect(items.stock.model()->index(2, 1)).center());
+        }),
+                 told);
         QVERIFY(!items.quantity.isVisible());
 
         // An apostrophe breaks the statement; what was typed stays.
         press({Qt::Key_End, Qt::Key_Return});
         QCOMPARE(control<QLineEdit>(items.window, "Text2").selectedText(), u"1.234,50"_s);
-        items.station.messages.expect();
-        press(Qt::Key_Return);
-        QVERIFY(items.station.boxes().first().startsWith(u"16 Erro"_s));
+        QVERIFY(items.told([&] { press(Qt::Key_Return); }).first().startsWith(u"16 Erro"_s));
         QVERIFY(items.quantity.isVisible());
         QCOMPARE(items.stored().size(), 3);
         press(Qt::Key_Escape);
@@ -159,13 +132,11 @@ private Q_SLOTS:
         QVERIFY(!items.window.isVisible());
     }
 
-    void editing_data() { BothBackEnds::addRows(); }
     void editing()
     {
-        FRESH_DATABASE(database);
-        Items items(database);
+        FRESH_STATION(Items, items);
         click(items.window, "Command2"); // no item yet: nothing is asked
-        items.click(items.chosen, 2);
+        clickRow(items.chosen, 2);
         QCOMPARE(items.chosen.CellBackColor(2, 2), Module1::MarkColour);
         QCOMPARE(control<QLabel>(items.window, "Label6").text(), u"11"_s);
         press(Qt::Key_Space); // the keyboard's click
@@ -177,15 +148,18 @@ private Q_SLOTS:
         QCOMPARE(focused(), u"Text3"_s);
         press(Qt::Key_End);
         type(u"!"_s);
-        (void)items.station.statements();
+        (void)items.statements();
         for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
             QCOMPARE(items.stored().first(), u"11|Óleo 20W50|10,00"_s);
             control<QLineEdit>(items.window, "Text3").setFocus();
-            items.station.messages.expect(answer);
-            press({Qt::Key_Return, Qt::Key_Return});
-            QCOMPARE(items.station.boxes(), QStringList({u"4 Confirma as alterações?"_s}));
+            QCOMPARE(items.told(
+                         [&] {
+                             press({Qt::Key_Return, Qt::Key_Return});
+                         },
+                         answer),
+                     QStringList({u"4 Confirma as alterações?"_s}));
         }
-        QCOMPARE(items.station.statements(),
+        QCOMPARE(items.statements(),
                  QStringList({u"exec Update EstoqueDiversos set quantidade = '7', discriminacao = 'Óleo 20W50!' where "
                               u"codigo = 11"_s,
                               SelectChosen}));
@@ -195,68 +169,63 @@ private Q_SLOTS:
         QVERIFY(!items.window.isVisible());
     }
 
-    void deleting_data() { BothBackEnds::addRows(); }
     void deleting()
     {
-        FRESH_DATABASE(database);
-        Items items(database);
-        (void)items.station.statements();
-        items.click(items.chosen, 2);
+        FRESH_STATION(Items, items);
+        (void)items.statements();
+        clickRow(items.chosen, 2);
         press(Qt::Key_Space); // marked and unmarked again
-        items.station.messages.expect(MsgBoxResult::Yes);
-        press(Qt::Key_Delete);
-        QCOMPARE(items.station.boxes(), QStringList({DeleteQuestion}));
-        QCOMPARE(items.station.statements(), QStringList({SelectChosen})); // no row is marked
+        QCOMPARE(items.told([&] { press(Qt::Key_Delete); }, MsgBoxResult::Yes), QStringList({DeleteQuestion}));
+        QCOMPARE(items.statements(), QStringList({SelectChosen})); // no row is marked
 
-        items.click(items.chosen, 1);
-        items.station.messages.expect(MsgBoxResult::No);
+        clickRow(items.chosen, 1);
+        items.messages.expect(MsgBoxResult::No);
         press(Qt::Key_Delete);
-        (void)items.station.boxes();
+        (void)items.boxes();
         QCOMPARE(items.stored().size(), 2);
-        items.station.messages.expect(MsgBoxResult::Yes);
-        QTest::mouseDClick(items.chosen.viewport(), Qt::LeftButton, {}, placeOf(items.chosen, 1));
-        QCOMPARE(items.station.boxes(), QStringList({DeleteQuestion}));
-        QCOMPARE(items.station.statements(),
+        QCOMPARE(items.told(
+                     [&] {
+                         QTest::mouseDClick(items.chosen.viewport(), Qt::LeftButton, {},
+                                            items.chosen.visualRect(items.chosen.model()->index(0, 1)).center());
+                     },
+                     MsgBoxResult::Yes),
+                 QStringList({DeleteQuestion}));
+        QCOMPARE(items.statements(),
                  QStringList({u"exec Delete from EstoqueDiversos where codigo = 20"_s,
                               u"exec Delete from controleprodcomb where codprod = 20"_s, SelectChosen}));
         QCOMPARE(items.stored(), QStringList({u"11|Óleo 20W50|10,00"_s}));
-        QCOMPARE(items.station.rows(u"ControleProdComb"_s, u"CodProd cred"_s), QStringList({u"11|3"_s}));
+        QCOMPARE(items.rows(u"ControleProdComb"_s, u"CodProd cred"_s), QStringList({u"11|3"_s}));
         QCOMPARE(items.chosen.Rows(), 2);
     }
 
-    void transferring_data() { BothBackEnds::addRows(); }
     void transferring()
     {
-        FRESH_DATABASE(database);
-        Items items(database);
+        FRESH_STATION(Items, items);
         const auto ledger = [&] {
-            return items.station
-                .rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo cred deb fornecedor NumeroNota"_s)
+            return items.rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo cred deb fornecedor NumeroNota"_s)
                 .mid(3);
         };
         bool enabled = true;
-        items.station.pump.at(items.station.pump.count() + 1,
-                              [&] { enabled = control<QPushButton>(items.window, "Command1").isEnabled(); });
-        (void)items.station.statements();
-        items.station.messages.expect();
-        click(items.window, "Command1");
-        QCOMPARE(items.station.boxes(), QStringList({u"0 Concluido"_s}));
+        items.pump.at(items.pump.count() + 1,
+                      [&] { enabled = control<QPushButton>(items.window, "Command1").isEnabled(); });
+        (void)items.statements();
+        QCOMPARE(items.told([&] { click(items.window, "Command1"); }), QStringList({u"0 Concluido"_s}));
         QVERIFY(!enabled);
         QVERIFY(control<QPushButton>(items.window, "Command1").isEnabled());
-        QCOMPARE(items.station.statements(), QStringList(2, u"open Select * from ControleProdComb;"_s));
-        const QString day = items.station.shownDate(QDate(2026, 3, 14));
+        QCOMPARE(items.statements(), QStringList(2, u"open Select * from ControleProdComb;"_s));
+        const QString day = items.shownDate(QDate(2026, 3, 14));
         QCOMPARE(ledger(), QStringList({u"20|%1|Cera|2.5|0|OperEmpresa|140326102030"_s.arg(day),
                                         u"11|%1|Óleo 20W50|10|0|OperEmpresa|140326102030"_s.arg(day)}));
 
         // A quantity that is no number stops the second transfer at its row; the button can be pressed again.
-        items.station.script({u"UPDATE EstoqueDiversos SET quantidade = 'dois' WHERE codigo = 11"_s});
-        items.station.clock.set(QDateTime(QDate(2026, 3, 14), QTime(9, 5, 7)));
-        items.click(items.chosen, 1);
-        items.station.messages.expect(MsgBoxResult::Yes);
+        items.script({u"UPDATE EstoqueDiversos SET quantidade = 'dois' WHERE codigo = 11"_s});
+        items.clock.set(QDateTime(QDate(2026, 3, 14), QTime(9, 5, 7)));
+        clickRow(items.chosen, 1);
+        items.messages.expect(MsgBoxResult::Yes);
         click(items.window, "Command2");
-        items.station.messages.expect();
-        click(items.window, "Command1");
-        QVERIFY(items.station.boxes().last().startsWith(u"16 Erro em tempo de execução '13'"_s));
+        QVERIFY(items.told([&] { click(items.window, "Command1"); })
+                    .last()
+                    .startsWith(u"16 Erro em tempo de execução '13'"_s));
         QVERIFY(control<QPushButton>(items.window, "Command1").isEnabled());
         QCOMPARE(ledger().size(), 3);
         QVERIFY(ledger().last().endsWith(u"140326090507"_s));

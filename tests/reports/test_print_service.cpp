@@ -16,15 +16,15 @@
 #include <sys/prctl.h>
 #endif
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString tool(const char* name)
 {
     const QString file = QString::fromLatin1(name);
     const QString found = QStandardPaths::findExecutable(file);
-    return found.isEmpty()
-               ? QStandardPaths::findExecutable(file, {QStringLiteral("/usr/sbin"), QStringLiteral("/sbin")})
-               : found;
+    return found.isEmpty() ? QStandardPaths::findExecutable(file, {u"/usr/sbin"_s, u"/sbin"_s}) : found;
 }
 
 /// Runs a command to its end; its exit code, and what it wrote.
@@ -51,6 +51,7 @@ void write(const QString& path, const QString& text)
 }
 
 constexpr int Nobody = 65534;
+const QStringList Untouched{u"Balcao"_s, u"Balcao"_s};
 
 } // namespace
 
@@ -75,33 +76,19 @@ private:
         for (const char* folder : {"spool", "cache", "state", "tmp", "etc", "home", "bin/backend"})
             QDir().mkpath(path(folder));
         const QString root = m_folder.path();
-        write(path("etc/cupsd.conf"), QStringLiteral("Listen %1/s\n"
-                                                     "Browsing No\nWebInterface No\nDefaultAuthType None\n"
-                                                     "PreserveJobFiles No\nLogLevel debug\nIdleExitTimeout 0\n"
-                                                     "<Location />\nAllow all\n</Location>\n"
-                                                     "<Policy default>\nJobPrivateAccess all\nJobPrivateValues none\n"
-                                                     "SubscriptionPrivateAccess all\nSubscriptionPrivateValues none\n"
-                                                     "<Limit All>\nOrder deny,allow\nAllow all\n</Limit>\n</Policy>\n")
-                                          .arg(root));
-        QString files;
-        const auto place = [&](const char* directive, const char* name) {
-            files += QStringLiteral("%1 %2\n").arg(QString::fromLatin1(directive), path(name));
-        };
-        place("ServerRoot", "etc");
-        place("RequestRoot", "spool");
-        place("CacheDir", "cache");
-        place("StateDir", "state");
-        place("TempDir", "tmp");
-        place("AccessLog", "access.log");
-        place("ErrorLog", "error.log");
-        place("PageLog", "page.log");
-        place("Printcap", "printcap");
-        place("ServerBin", "bin");
-        QFile::link(QStringLiteral("/usr/lib/cups/daemon"), path("bin/daemon"));
+        write(path("etc/cupsd.conf"),
+              u"Listen %1/s\nBrowsing No\nWebInterface No\nDefaultAuthType None\nPreserveJobFiles No\nLogLevel debug\n"
+              u"IdleExitTimeout 0\n<Location />\nAllow all\n</Location>\n<Policy default>\nJobPrivateAccess all\n"
+              u"JobPrivateValues none\nSubscriptionPrivateAccess all\nSubscriptionPrivateValues none\n"
+              u"<Limit All>\nOrder deny,allow\nAllow all\n</Limit>\n</Policy>\n"_s.arg(root));
+        QFile::link(u"/usr/lib/cups/daemon"_s, path("bin/daemon"));
         // The last step of a job. Without rights for others it runs as the server's own user.
-        write(path("bin/backend/papel"), QStringLiteral("#!/bin/sh\ncat \"$6\" >\"${DEVICE_URI#papel:}\"\n"));
+        write(path("bin/backend/papel"), u"#!/bin/sh\ncat \"$6\" >\"${DEVICE_URI#papel:}\"\n"_s);
         QFile::setPermissions(path("bin/backend/papel"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        write(path("etc/cups-files.conf"), files + QStringLiteral("Sandboxing relaxed\nFatalErrors none\n"));
+        write(path("etc/cups-files.conf"),
+              u"ServerRoot %1/etc\nRequestRoot %1/spool\nCacheDir %1/cache\nStateDir %1/state\nTempDir %1/tmp\n"
+              u"AccessLog %1/access.log\nErrorLog %1/error.log\nPageLog %1/page.log\nPrintcap %1/printcap\n"
+              u"ServerBin %1/bin\nSandboxing relaxed\nFatalErrors none\n"_s.arg(root));
         qputenv("CUPS_SERVER", path("s").toUtf8());
         qputenv("CUPS_SERVERROOT", path("etc").toUtf8()); // the default printer of root
         qputenv("HOME", path("home").toUtf8());           // and of everyone else
@@ -112,10 +99,9 @@ private:
         // It does not outlive a test that crashes.
         m_server->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
 #endif
-        m_server->start(tool("cupsd"), {QStringLiteral("-f"), QStringLiteral("-c"), path("etc/cupsd.conf"),
-                                        QStringLiteral("-s"), path("etc/cups-files.conf")});
-        return QTest::qWaitFor(
-            [this] { return QFile::exists(path("s")) && run(tool("lpstat"), {QStringLiteral("-r")}).code == 0; });
+        m_server->start(tool("cupsd"),
+                        {u"-f"_s, u"-c"_s, path("etc/cupsd.conf"), u"-s"_s, path("etc/cups-files.conf")});
+        return QTest::qWaitFor([this] { return QFile::exists(path("s")) && run(tool("lpstat"), {u"-r"_s}).code == 0; });
     }
 
     void stopServer()
@@ -127,32 +113,21 @@ private:
         m_server.reset();
     }
 
-    /// Makes a queue that writes its jobs to the file of its name.
-    bool addQueue(const char* name)
-    {
-        const QString queue = QString::fromLatin1(name);
-        const Ran made = run(tool("lpadmin"), {QStringLiteral("-p"), queue, QStringLiteral("-E"), QStringLiteral("-v"),
-                                               QStringLiteral("papel:") + path(name)});
-        if (made.code != 0)
-            qWarning("%s", qPrintable(made.output));
-        return made.code == 0;
-    }
-
-    void print()
+    bool print()
     {
         const reports::ReportServices services{m_emitente, m_clock, m_pump, {m_chooser, m_default, m_spooler}};
-        QVERIFY(reports::printReport(services, QStringLiteral("Conferência"), [](platform::PrinterObject& printer) {
-            printer.Print(QStringLiteral("Gasolina aditivada Nº 7"));
-        }));
+        return reports::printReport(services, u"Conferência"_s, [](platform::PrinterObject& printer) {
+            printer.Print(u"Gasolina aditivada Nº 7"_s);
+        });
     }
-    [[nodiscard]] static QString systemDefault()
+    /// The default printer as the program and as the system's own tool see it.
+    QStringList defaults()
     {
-        return run(tool("lpstat"), {QStringLiteral("-d")}).output.trimmed();
+        return {m_default.name(), run(tool("lpstat"), {u"-d"_s}).output.trimmed().section(u' ', -1)};
     }
     [[nodiscard]] static QString jobs()
     {
-        return run(tool("lpstat"), {QStringLiteral("-W"), QStringLiteral("all"), QStringLiteral("-o")})
-            .output.trimmed();
+        return run(tool("lpstat"), {u"-W"_s, u"all"_s, u"-o"_s}).output.trimmed();
     }
 
 private Q_SLOTS:
@@ -170,11 +145,13 @@ private Q_SLOTS:
         m_chooser = {};
         // One place for all: a process asks for the server's address once.
         QVERIFY2(startServer(), qPrintable(m_folder.path()));
-        QVERIFY(addQueue("Balcao"));
-        QVERIFY(addQueue("Pista"));
-        m_default.setName(QStringLiteral("Balcao"));
-        QCOMPARE(m_default.name(), QStringLiteral("Balcao"));
-        QVERIFY(systemDefault().endsWith(QStringLiteral("Balcao")));
+        // Queues that write their jobs to the files of their names.
+        for (const QString& queue : {u"Balcao"_s, u"Pista"_s})
+            QCOMPARE(
+                run(tool("lpadmin"), {u"-p"_s, queue, u"-E"_s, u"-v"_s, u"papel:"_s + m_folder.filePath(queue)}).output,
+                QString());
+        m_default.setName(u"Balcao"_s);
+        QCOMPARE(defaults(), Untouched);
     }
     void cleanup()
     {
@@ -183,22 +160,20 @@ private Q_SLOTS:
 
     void theChosenQueueGetsTheJobAndTheDefaultStays()
     {
-        m_chooser.answer = {QStringLiteral("Pista"), {}};
-        m_chooser.whileOpen = [this] { m_default.setName(QStringLiteral("Pista")); };
-        print();
-        QCOMPARE(m_default.name(), QStringLiteral("Balcao"));
-        QVERIFY(systemDefault().endsWith(QStringLiteral("Balcao")));
+        m_chooser.answer = {u"Pista"_s, {}};
+        m_chooser.whileOpen = [this] { m_default.setName(u"Pista"_s); };
+        QVERIFY(print());
+        QCOMPARE(defaults(), Untouched);
         QVERIFY2(QTest::qWaitFor([this] { return QFileInfo(path("Pista")).size() > 1000; }, 15'000),
                  qPrintable(jobs()));
         QVERIFY(QTest::qWaitFor([this] { return !support::pdfWords(path("Pista")).isEmpty(); }));
-        QCOMPARE(support::pdfWords(path("Pista")).last().text, QStringLiteral("7"));
+        QCOMPARE(support::pdfWords(path("Pista")).last().text, u"7"_s);
         QCOMPARE(QFileInfo(path("Balcao")).size(), 0);
 
         m_chooser.cancel = true;
         const QString before = jobs();
-        const reports::ReportServices services{m_emitente, m_clock, m_pump, {m_chooser, m_default, m_spooler}};
-        QVERIFY(!reports::printReport(services, QStringLiteral("Nada"), [](platform::PrinterObject&) {}));
-        QCOMPARE(m_default.name(), QStringLiteral("Balcao"));
+        QVERIFY(!print());
+        QCOMPARE(defaults(), Untouched);
         QCOMPARE(jobs(), before);
     }
 
@@ -206,33 +181,32 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("queue");
         QTest::addColumn<bool>("stopped");
-        QTest::newRow("the queue takes no jobs") << QStringLiteral("Pista") << false;
-        QTest::newRow("no such queue") << QStringLiteral("Garagem") << false;
-        QTest::newRow("no print service") << QStringLiteral("Pista") << true;
+        QTest::newRow("the queue takes no jobs") << u"Pista"_s << false;
+        QTest::newRow("no such queue") << u"Garagem"_s << false;
+        QTest::newRow("no print service") << u"Pista"_s << true;
     }
     void aRefusedJobIsNoticedAndLeavesNothing()
     {
         QFETCH(QString, queue);
         QFETCH(bool, stopped);
-        QCOMPARE(run(tool("cupsreject"), {QStringLiteral("Pista")}).code, 0);
+        QCOMPARE(run(tool("cupsreject"), {u"Pista"_s}).code, 0);
         const QString before = jobs();
         if (stopped)
             m_chooser.whileOpen = [this] { stopServer(); };
         else
-            m_chooser.whileOpen = [this] { m_default.setName(QStringLiteral("Pista")); };
+            m_chooser.whileOpen = [this] { m_default.setName(u"Pista"_s); };
         m_chooser.answer = {queue, {}};
         QString told;
         try {
-            print();
+            (void)print();
         } catch (const platform::PrintError& error) {
             told = QString::fromUtf8(error.what());
         }
-        QVERIFY2(told.startsWith(QStringLiteral("A impressora \"%1\" não aceitou a impressão: ").arg(queue)),
-                 qPrintable(told));
+        QVERIFY2(told.startsWith(u"A impressora \"%1\" não aceitou a impressão: "_s.arg(queue)), qPrintable(told));
         if (stopped)
             return;
         QCOMPARE(jobs(), before);
-        QCOMPARE(m_default.name(), QStringLiteral("Balcao"));
+        QCOMPARE(defaults(), Untouched);
     }
 
     /// Root's default printer is kept elsewhere than everybody else's.
@@ -241,11 +215,10 @@ private Q_SLOTS:
         if (geteuid() != 0)
             QSKIP("only root can become another user");
         const QString setpriv = tool("setpriv");
-        const QStringList asNobody{QStringLiteral("--reuid=%1").arg(Nobody), QStringLiteral("--regid=%1").arg(Nobody),
-                                   QStringLiteral("--clear-groups"), QStringLiteral("--")};
+        const QStringList asNobody{u"--reuid=%1"_s.arg(Nobody), u"--regid=%1"_s.arg(Nobody), u"--clear-groups"_s,
+                                   u"--"_s};
         const QString self = QCoreApplication::applicationFilePath();
-        if (setpriv.isEmpty() ||
-            run(setpriv, asNobody + QStringList{QStringLiteral("test"), QStringLiteral("-x"), self}).code != 0)
+        if (setpriv.isEmpty() || run(setpriv, asNobody + QStringList{u"test"_s, u"-x"_s, self}).code != 0)
             QSKIP("no other user can run this program here");
         const Ran ran = run(setpriv, asNobody + QStringList{self}, 120'000);
         QVERIFY2(ran.code == 0, qPrintable(ran.output));

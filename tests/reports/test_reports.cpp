@@ -10,6 +10,7 @@
 
 #include <QTemporaryDir>
 
+using namespace Qt::StringLiterals;
 using platform::FlexGrid;
 using support::PdfWord;
 
@@ -20,7 +21,7 @@ const QDate Last(2026, 11, 22);
 
 QString number(int whole)
 {
-    return QLocale(QLocale::Portuguese, QLocale::Brazil).toString(whole) + QStringLiteral(",00");
+    return QLocale(QLocale::Portuguese, QLocale::Brazil).toString(whole) + u",00"_s;
 }
 
 /// Left edge of a listing's column, counted from 1: 113 columns of 4.8 points stand in the middle of the paper.
@@ -38,32 +39,26 @@ QStringList listingLines(const QList<PdfWord>& words, int page)
             continue;
         const double column = (word.box.left() - edge(1)) / 4.8;
         if (qAbs(column - qRound(column)) > 0.05)
-            return {QStringLiteral("off the columns: ") + word.text};
+            return {u"off the columns: "_s + word.text};
         QString& line = lines[qRound(word.box.top() * 10)];
         line = line.leftJustified(qRound(column)) + word.text;
     }
     return lines.values();
 }
 
-/// Words that are the text.
+/// Places of the words that are the text.
 QList<PdfWord> find(const QList<PdfWord>& words, const QString& text)
 {
-    QList<PdfWord> found;
-    for (const PdfWord& word : words) {
-        if (word.text == text)
-            found.append(word);
-    }
+    QList<PdfWord> found = words;
+    found.removeIf([&](const PdfWord& word) { return word.text != text; });
     return found;
 }
 
 /// Place of the first word that contains the text.
 QRectF placeOf(const QList<PdfWord>& words, const QString& text)
 {
-    for (const PdfWord& word : words) {
-        if (word.text.contains(text))
-            return word.box;
-    }
-    return {};
+    const auto word = std::ranges::find_if(words, [&](const PdfWord& one) { return one.text.contains(text); });
+    return word == words.end() ? QRectF() : word->box;
 }
 
 /// Left edges of the sheet's column boxes in points, and the last one's right edge.
@@ -72,7 +67,7 @@ constexpr double SheetEdges[] = {28.5, 63, 219, 286.5, 354, 405, 457.5, 504.75, 
 /// First columns of a listing's cells, and the one after the last.
 QList<int> stops(const QString& report)
 {
-    if (report == QStringLiteral("check-list"))
+    if (report == u"check-list"_s)
         return {1, 10, 45, 62, 82};
     return {1, 9, 18, 27, 48, 61, 74, 87, 113};
 }
@@ -98,45 +93,33 @@ private:
     bool print(const QString& report)
     {
         const reports::ReportServices services{m_emitente, m_clock, m_pump, {m_chooser, m_default, m_spooler}};
-        if (report == QStringLiteral("sheet"))
-            return reports::imprime_planilha(m_grid, QStringLiteral("98.765,43"), QStringLiteral("4.321,00"), services);
-        if (report == QStringLiteral("check-list"))
+        if (report == u"sheet"_s)
+            return reports::imprime_planilha(m_grid, u"98.765,43"_s, u"4.321,00"_s, services);
+        if (report == u"check-list"_s)
             return reports::imprime_conferencia(m_grid, m_items, First, Last, services);
-        return reports::imprime_controle(m_grid, QStringLiteral("GASOLINA ADITIVADA"), First, Last,
-                                         QStringLiteral("7.654,32"), QStringLiteral("1.234,56"), services);
+        return reports::imprime_controle(m_grid, u"GASOLINA ADITIVADA"_s, First, Last, u"7.654,32"_s, u"1.234,56"_s,
+                                         services);
     }
 
-    QString file() const { return m_folder.filePath(QStringLiteral("papel.pdf")); }
+    QString file() const { return m_folder.filePath(u"papel.pdf"_s); }
 
     /// Rows whose cells are all different. The columns are those of the window's grid.
     static void fill(FlexGrid& grid, const QString& report, int rows, int offset = 0)
     {
         for (int i = offset + 1; i <= offset + rows; ++i) {
-            const QString date = QDate(2020, 1, 1).addDays(i).toString(QStringLiteral("dd/MM/yy"));
-            const QString name = QStringLiteral("ÁLCOOL-Nº%1").arg(i);
+            const QString date = QDate(2020, 1, 1).addDays(i).toString(u"dd/MM/yy"_s);
+            const QString name = u"ÁLCOOL-Nº%1"_s.arg(i);
             const QString code = QString::number(300 + i);
             QStringList cells;
-            if (report == QStringLiteral("sheet"))
-                cells = {code,
-                         name,
-                         number(100'000 + i),
-                         number(1'200'000 + i),
-                         date,
-                         number(3'000 + i),
-                         number(i),
-                         number(50'000 + i),
-                         QStringLiteral("chave%1").arg(i)};
-            else if (report == QStringLiteral("check-list"))
-                cells = {code, name, number(100'000 + i), date, number(i)};
+            const QString price = number(100'000 + i);
+            if (report == u"sheet"_s)
+                cells << code << name << price << number(1'200'000 + i) << date << number(3'000 + i) << number(i)
+                      << number(50'000 + i) << u"chave%1"_s.arg(i);
+            else if (report == u"check-list"_s)
+                cells << code << name << price << date << number(i);
             else
-                cells = {QString::number(i),
-                         QString::number(20'000 + i),
-                         date,
-                         name,
-                         number(100'000 + i),
-                         number(20'000 + i),
-                         QStringLiteral("NF%1").arg(i),
-                         QStringLiteral("Refinaria-%1").arg(i)};
+                cells << QString::number(i) << QString::number(20'000 + i) << date << name << price
+                      << number(20'000 + i) << u"NF%1"_s.arg(i) << u"Refinaria-%1"_s.arg(i);
             grid.AddItem(cells.join(u'\t'));
         }
     }
@@ -149,7 +132,7 @@ private:
             for (int column = 0; column < 8; ++column) {
                 const QString text = grid.TextMatrix(row, column);
                 const QList<PdfWord> found = find(words, text);
-                QVERIFY2(found.size() == 1, qPrintable(QStringLiteral("%1 times %2").arg(found.size()).arg(text)));
+                QVERIFY2(found.size() == 1, qPrintable(u"%1 times %2"_s.arg(found.size()).arg(text)));
                 const QRectF box = found.first().box;
                 QVERIFY2(box.left() > SheetEdges[column] && box.right() < SheetEdges[column + 1], qPrintable(text));
                 const double height = found.first().page * 842 + box.top();
@@ -163,12 +146,11 @@ private:
     static void checkListing(const QStringList& lines, const FlexGrid& grid, const QString& report)
     {
         const QList<int> from = stops(report);
-        const bool ledger = report == QStringLiteral("ledger");
+        const bool ledger = report == u"ledger"_s;
         qsizetype previous = -1;
         for (int row = 1; row < grid.Rows(); ++row) {
             const QString name = u'|' + grid.TextMatrix(row, ledger ? 3 : 1);
-            const QStringList found =
-                lines.filter(QRegularExpression(QRegularExpression::escape(name) + QStringLiteral("\\b")));
+            const QStringList found = lines.filter(QRegularExpression(QRegularExpression::escape(name) + u"\\b"_s));
             QVERIFY2(found.size() == 1, qPrintable(name));
             QVERIFY2(lines.indexOf(found.first()) > previous, qPrintable(name));
             previous = lines.indexOf(found.first());
@@ -196,12 +178,11 @@ private Q_SLOTS:
         m_chooser = {};
         m_chooser.answer.fileName = file();
         m_default = {};
-        m_default.printers = QStringList{QStringLiteral("Escritório"), QStringLiteral("Pista")};
+        m_default.printers = QStringList{u"Escritório"_s, u"Pista"_s};
         m_default.current = m_default.printers.first();
         m_spooler = {};
-        m_emitente = {QStringLiteral("Auto Posto Três Ipês Ltda"), QStringLiteral("000.111.222.333"),
-                      QStringLiteral("00.111.222/0001-33"),
-                      QStringLiteral("Rua das Acácias, 15, Conceição, (00) 3900-0000")};
+        m_emitente = {u"Auto Posto Três Ipês Ltda"_s, u"000.111.222.333"_s, u"00.111.222/0001-33"_s,
+                      u"Rua das Acácias, 15, Conceição, (00) 3900-0000"_s};
         for (FlexGrid* grid : {&m_grid, &m_items}) {
             grid->clearRows();
             grid->setCols(9);
@@ -220,19 +201,13 @@ private Q_SLOTS:
             int rows, items, pages;
         };
         for (const Case& row : {Case{"sheet", 0, 0, 1},
-                                {"sheet", 1, 0, 1},
-                                {"sheet", 10, 0, 1},
                                 {"sheet", 40, 0, 1},
                                 {"sheet", 200, 0, 3},
                                 {"check-list", 0, 0, 1},
-                                {"check-list", 1, 1, 1},
-                                {"check-list", 10, 10, 1},
                                 {"check-list", 40, 10, 2},
                                 {"check-list", 10, 40, 2},
                                 {"check-list", 200, 40, 7},
                                 {"ledger", 0, 0, 1},
-                                {"ledger", 1, 0, 1},
-                                {"ledger", 10, 0, 1},
                                 {"ledger", 40, 0, 2},
                                 {"ledger", 200, 0, 5}})
             QTest::addRow("%s %d+%d", row.report, row.rows, row.items)
@@ -247,13 +222,13 @@ private Q_SLOTS:
         fill(m_items, report, items, rows);
         QVERIFY(print(report));
         if (const QString keep = qEnvironmentVariable("PLANILHA_KEEP_PAPERS"); !keep.isEmpty())
-            QFile::copy(file(), QStringLiteral("%1/%2.pdf").arg(keep, QString::fromUtf8(QTest::currentDataTag())));
+            QFile::copy(file(), u"%1/%2.pdf"_s.arg(keep, QString::fromUtf8(QTest::currentDataTag())));
 
         const QList<PdfWord> words = support::pdfWords(file());
         support::checkPaper(file(), words);
         QFETCH(int, pages);
         QCOMPARE(words.last().page, pages);
-        if (report == QStringLiteral("sheet")) {
+        if (report == u"sheet"_s) {
             checkSheet(words, m_grid);
         } else {
             QStringList lines;
@@ -264,20 +239,20 @@ private Q_SLOTS:
         }
         if (QTest::currentTestFailed())
             return;
-        QCOMPARE(find(words, QStringLiteral("Página")).size(), pages > 1 ? pages : 0);
+        QCOMPARE(find(words, u"Página"_s).size(), pages > 1 ? pages : 0);
         // Captions on every page, and the check-list has two kinds of rows.
-        const QString caption = QString::fromLatin1(report == QStringLiteral("sheet") ? "LeitAnterior" : "|Descritivo");
+        const QString caption = QString::fromLatin1(report == u"sheet"_s ? "LeitAnterior" : "|Descritivo");
         qsizetype captions = 0;
         for (const PdfWord& word : words)
             captions += word.text.contains(caption);
-        QVERIFY(captions == pages + (report == QStringLiteral("check-list")) || (items == 40 && captions > pages));
-        if (report == QStringLiteral("sheet")) {
+        QVERIFY(captions == pages + (report == u"check-list"_s) || (items == 40 && captions > pages));
+        if (report == u"sheet"_s) {
             for (const char* text : {"98.765,43", "4.321,00", "Responsavel", "LTS-TOT"}) {
                 const QList<PdfWord> found = find(words, QString::fromUtf8(text));
                 QVERIFY2(found.size() == 1 && found.first().page == pages, text);
             }
-            QCOMPARE(find(words, QStringLiteral("261122220509")).size(), pages);  // the stamp
-            QCOMPARE(find(words, QStringLiteral("221126-220505")).size(), pages); // hour, minute, minute
+            QCOMPARE(find(words, u"261122220509"_s).size(), pages);  // the stamp
+            QCOMPARE(find(words, u"221126-220505"_s).size(), pages); // hour, minute, minute
         }
     }
 
@@ -285,7 +260,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("report");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("check-list") << QStringLiteral("check-list") << QStringLiteral(R"(
+        QTest::newRow("check-list") << u"check-list"_s << QStringLiteral(R"(
                                                                                                 Nº 221126-220505
 AUTO POSTO TRÊS IPÊS LTDA                                             DOMINGO, 22 DE NOVEMBRO DE 2026 - 22:05:09
 Rua das Acácias, 15, Conceição, (00) 3900-0000                  CNPJ: 00.111.222/0001-33 - INSC: 000.111.222.333
@@ -303,7 +278,7 @@ CdgProd  |Descritivo                        |SaldAnt         |Baixas*           
 ----------------------------------------------------------------------------------------------------------------
                                                  Responsavel:----------------------------------------------
 )");
-        QTest::newRow("ledger") << QStringLiteral("ledger") << QStringLiteral(R"(
+        QTest::newRow("ledger") << u"ledger"_s << QStringLiteral(R"(
                                                                                Controle Estoque Vinculado Bombas
 AUTO POSTO TRÊS IPÊS LTDA                                             DOMINGO, 22 DE NOVEMBRO DE 2026 - 22:05:09
 Rua das Acácias, 15, Conceição, (00) 3900-0000                  CNPJ: 00.111.222/0001-33 - INSC: 000.111.222.333
@@ -334,10 +309,8 @@ Produto: GASOLINA ADITIVADA                                                     
         QTest::addColumn<bool>("sameLine");
         // The tax line of this station has 48 characters.
         QTest::newRow("none") << 0 << true;
-        QTest::newRow("short") << 20 << true;
         QTest::newRow("just fits") << 64 << true;
         QTest::newRow("one too many") << 65 << false;
-        QTest::newRow("a full line") << 112 << false;
         QTest::newRow("more than a line") << 150 << false;
     }
     void rightEndsAtColumn112()
@@ -346,7 +319,7 @@ Produto: GASOLINA ADITIVADA                                                     
         QFETCH(bool, sameLine);
         m_emitente.endereco = QString(addressLength, u'E');
         m_emitente.RazaoSocial = QString(addressLength % 80, u'N');
-        QVERIFY(print(QStringLiteral("check-list")));
+        QVERIFY(print(u"check-list"_s));
         const QList<PdfWord> words = support::pdfWords(file());
         support::checkPaper(file(), words);
         const double end = edge(113);
@@ -355,7 +328,7 @@ Produto: GASOLINA ADITIVADA                                                     
         }
         if (addressLength > 0) {
             const QRectF address = placeOf(words, QString(qMin(addressLength, 20), u'E'));
-            const double fall = placeOf(words, QStringLiteral("000.111.222.333")).top() - address.top();
+            const double fall = placeOf(words, u"000.111.222.333"_s).top() - address.top();
             QCOMPARE(fall < 1, sameLine);
         }
     }
@@ -369,7 +342,7 @@ Produto: GASOLINA ADITIVADA                                                     
     void longTextsAreCutAtTheirColumn()
     {
         QFETCH(QString, report);
-        m_emitente.RazaoSocial = QStringLiteral("Posto ") + QString(60, u'W');
+        m_emitente.RazaoSocial = u"Posto "_s + QString(60, u'W');
         m_emitente.endereco = QString(112, u'E');
         QStringList cells;
         for (int column = 0; column < 8; ++column)
@@ -379,7 +352,7 @@ Produto: GASOLINA ADITIVADA                                                     
         QVERIFY(print(report));
         const QList<PdfWord> words = support::pdfWords(file());
         support::checkPaper(file(), words); // nothing over its neighbour or off the paper
-        const bool sheet = report == QStringLiteral("sheet");
+        const bool sheet = report == u"sheet"_s;
         const qsizetype count = sheet ? 8 : stops(report).size() - 1;
         for (int column = 0; column < count; ++column) {
             const QRectF box = placeOf(words, QString(3, QChar(u'a' + column)));
@@ -388,7 +361,7 @@ Produto: GASOLINA ADITIVADA                                                     
                 QVERIFY(box.left() > SheetEdges[column] && box.right() < SheetEdges[column + 1]);
         }
         if (!sheet) {
-            const QStringList line = listingLines(words, 1).filter(QStringLiteral("aaa"));
+            const QStringList line = listingLines(words, 1).filter(u"aaa"_s);
             QCOMPARE(line.size(), 1);
             for (int column = 0; column < count; ++column) {
                 const int width = stops(report).at(column + 1) - stops(report).at(column) - (column > 0);
@@ -417,22 +390,22 @@ Produto: GASOLINA ADITIVADA                                                     
         QFETCH(QString, report);
         QFETCH(QString, act);
         fill(m_grid, report, 1);
-        m_chooser.answer = {QStringLiteral("Pista"), {}};
+        m_chooser.answer = {u"Pista"_s, {}};
         m_chooser.whileOpen = [this] { m_default.current = m_default.printers.last(); };
-        const QString before = act == QStringLiteral("no default") ? QString() : m_default.current;
+        const QString before = act == u"no default"_s ? QString() : m_default.current;
         m_default.current = before;
-        if (act == QStringLiteral("cancel")) {
+        if (act == u"cancel"_s) {
             m_chooser.cancel = true;
             QVERIFY(!print(report));
-        } else if (act == QStringLiteral("refused")) {
+        } else if (act == u"refused"_s) {
             m_spooler.refuse = true;
             QVERIFY_THROWS_EXCEPTION(platform::PrintError, print(report));
-        } else if (act == QStringLiteral("no folder")) {
-            m_chooser.answer.fileName = m_folder.filePath(QStringLiteral("falta/papel.pdf"));
+        } else if (act == u"no folder"_s) {
+            m_chooser.answer.fileName = m_folder.filePath(u"falta/papel.pdf"_s);
             QVERIFY_THROWS_EXCEPTION(platform::PrintError, print(report));
         } else {
             QVERIFY(print(report));
-            QCOMPARE(m_spooler.queues, QStringList{QStringLiteral("Pista")});
+            QCOMPARE(m_spooler.queues, QStringList{u"Pista"_s});
         }
         QCOMPARE(m_chooser.asked.size(), 1);
         QCOMPARE(m_spooler.documents.size(), m_spooler.queues.size());

@@ -1,44 +1,21 @@
 // Procedures that several windows use: key filter, list entries, totals, marks, and the stock statements.
 
-#include "data/Dialect.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/FlexGrid.h"
 #include "platform/vb/Error.h"
 #include "shared/Emitente.h"
-#include "shared/ListEntry.h"
 #include "shared/Module1.h"
-#include "shared/Services.h"
 #include "shared/StationWindow.h"
 #include "shared/StockHelpers.h"
 #include "shared/SupervisorGate.h"
-#include "support/Doubles.h"
-#include "support/StatementTrace.h"
-#include "support/StationSchema.h"
+#include "support/WindowTest.h"
 
-#include <QApplication>
 #include <QLineEdit>
 #include <QPointer>
-#include <QTest>
 
-using Rows = QList<QStringList>;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-struct Station
-{
-    explicit Station(support::BothBackEnds& database)
-        : dialect(database.isMySql() ? QStringLiteral("mysql") : QString())
-        , services{database.connection(), dialect, messages, clock, pump}
-    {
-        support::makeStation(database);
-    }
-
-    data::Dialect dialect;
-    support::TestMessages messages;
-    support::TestClock clock{QDateTime(QDate(2024, 3, 5), QTime(9, 7, 8))};
-    support::TestPump pump;
-    Services services;
-};
 
 /// A window whose handler lets events run.
 class SomeWindow : public StationWindow
@@ -66,7 +43,6 @@ private Q_SLOTS:
                                 << QString::fromLatin1(left);
         };
         add("digit", "1", u'9', u'9', "1");
-        add("letter", "1", u'a', u'\0', "1");
         add("point becomes comma", "1", u'.', u',', "1");
         add("second comma", "1,2", u',', u',', "1,2");
         add("leading comma", "", u',', u',', "");
@@ -87,24 +63,15 @@ private Q_SLOTS:
         QTEST(box.text(), "left");
     }
 
-    void listEntries()
-    {
-        const QString entry = Module1::listEntry(7, QStringLiteral("Óleo - 1 L"));
-        QCOMPARE(entry, QStringLiteral("00007 - Óleo - 1 L"));
-        QCOMPARE(Module1::entryCode(entry), QStringLiteral("00007"));
-        QCOMPARE(Module1::entryDescription(entry), QStringLiteral("Óleo - 1 L"));
-        QCOMPARE(Module1::entryDescription(QStringLiteral("0000")), QString());
-    }
-
     void gridHelpers()
     {
         platform::FlexGrid grid;
         Module1::formata_flexG(grid);
         QCOMPARE(grid.Rows(), 1);
         QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency());
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t1.234,50"));
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t"));
-        grid.AddItem(QStringLiteral("\t\t\t\t\t\t-0,25"));
+        grid.AddItem(u"\t\t\t\t\t\t1.234,50"_s);
+        grid.AddItem(u"\t\t\t\t\t\t"_s);
+        grid.AddItem(u"\t\t\t\t\t\t-0,25"_s);
         QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency::fromScaled(12'342'500));
 
         grid.setRow(2);
@@ -118,59 +85,50 @@ private Q_SLOTS:
         QCOMPARE(Module1::linha_traco(), QString(112, u'-'));
         QCOMPARE(Module1::linha_asterisco(), QString(112, u'*'));
         // Hour, minute and the minute again.
-        QCOMPARE(Module1::numero_planilha(QDateTime(QDate(2024, 3, 5), QTime(9, 7, 58))),
-                 QStringLiteral("Nº 050324-090707"));
+        QCOMPARE(Module1::numero_planilha(QDateTime(QDate(2024, 3, 5), QTime(9, 7, 58))), u"Nº 050324-090707"_s);
     }
 
     void stockHelpers_data() { support::BothBackEnds::addRows(); }
     void stockHelpers()
     {
         FRESH_DATABASE(database);
-        Station station(database);
+        support::WindowTest station(database);
         ado::Connection& connection = database.connection();
-        database.script({
-            QStringLiteral(
-                "Insert into PlanilhaPosto (numeroDispositivo, Descritivo, ProdVinculado) values (7, 'G', 101)"),
-            QStringLiteral("Insert into PlanilhaPosto (numeroDispositivo) values (8)"),
-            QStringLiteral("Insert into CadProdComb (Descritivo, valor, codigoEstoque) values ('G', 5.499, 101)"),
-            QStringLiteral("Insert into CadProdComb (Descritivo, codigoEstoque) values ('H', 102)"),
+        station.script({
+            u"Insert into PlanilhaPosto (numeroDispositivo, Descritivo, ProdVinculado) values (7, 'G', 101)"_s,
+            u"Insert into PlanilhaPosto (numeroDispositivo) values (8)"_s,
+            u"Insert into CadProdComb (Descritivo, valor, codigoEstoque) values ('G', 5.499, 101)"_s,
+            u"Insert into CadProdComb (Descritivo, codigoEstoque) values ('H', 102)"_s,
         });
-        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("007")).text(), QStringLiteral("101"));
-        QVERIFY(Module1::prod_vinculado(connection, QStringLiteral("8")).isNull());
-        QCOMPARE(Module1::prod_vinculado(connection, QStringLiteral("9")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::prod_vinculado(connection, u"007"_s).text(), u"101"_s);
+        QVERIFY(Module1::prod_vinculado(connection, u"8"_s).isNull());
+        QCOMPARE(Module1::prod_vinculado(connection, u"9"_s).text(), u"0"_s);
         QVERIFY_THROWS_EXCEPTION(vb::Error, static_cast<void>(Module1::prod_vinculado(connection, QString())));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("101")).text(), QStringLiteral("5,499"));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("102")).text(), QStringLiteral("0"));
-        QCOMPARE(Module1::valor_produto(connection, QStringLiteral("103")).text(), QStringLiteral("0"));
-        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("7")), QStringLiteral("G"));
-        QCOMPARE(Module1::descritivo_bomba(connection, QStringLiteral("9")), QString());
+        QCOMPARE(Module1::valor_produto(connection, u"101"_s).text(), u"5,499"_s);
+        QCOMPARE(Module1::valor_produto(connection, u"102"_s).text(), u"0"_s);
+        QCOMPARE(Module1::valor_produto(connection, u"103"_s).text(), u"0"_s);
+        QCOMPARE(Module1::descritivo_bomba(connection, u"7"_s), u"G"_s);
+        QCOMPARE(Module1::descritivo_bomba(connection, u"9"_s), QString());
 
         const auto write = [&](const char* kind, const char* quantity) {
-            Module1::lanca_controle(station.services, QStringLiteral("21"), QStringLiteral("D'água"),
-                                    QString::fromLatin1(quantity), QStringLiteral("0503"), QString::fromLatin1(kind));
+            Module1::lanca_controle(station.services, u"21"_s, u"D'água"_s, QString::fromLatin1(quantity), u"0503"_s,
+                                    QString::fromLatin1(kind));
         };
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"0"_s);
         write("deb", "1.002,5");
         write("cred", "3");
         write("deb", "0,25");
-        const support::StatementTrace trace;
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("1002,75"));
-        QCOMPARE(trace.lines(),
-                 QStringList(
-                     QStringLiteral("open Select sum(deb) from ControleProdComb where codProd = 21 and dataOP = ") +
-                     (database.isMySql() ? QStringLiteral(" ' 2024/03/05 ' ") : QStringLiteral(" # 03/05/2024 # "))));
-        station.clock.set(QDateTime(QDate(2024, 3, 6), QTime(0, 0)));
-        QCOMPARE(Module1::soma_deb_dia(station.services, QStringLiteral("21")).text(), QStringLiteral("0"));
-        Rows ledger =
-            database.table(QStringLiteral("ControleProdComb"),
-                           {QStringLiteral("DataOP"), QStringLiteral("descritivo"), QStringLiteral("fornecedor"),
-                            QStringLiteral("NumeroNota"), QStringLiteral("cred"), QStringLiteral("deb")});
-        for (QStringList& row : ledger)
-            row[0] = row[0].left(10);
-        const auto row = [](const char* cells) { return QString::fromUtf8(cells).split(u'|'); };
-        QCOMPARE(ledger, (Rows{row("2024-03-05|D'água|OperEmpresa|0503|0|1002.5"),
-                               row("2024-03-05|D'água|OperEmpresa|0503|3|0"),
-                               row("2024-03-05|D'água|OperEmpresa|0503|0|0.25")}));
+        station.trace.clear();
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"1002,75"_s);
+        QCOMPARE(station.statements(),
+                 QStringList(u"open Select sum(deb) from ControleProdComb where codProd = 21 and dataOP = "_s +
+                             (database.isMySql() ? u" ' 2026/03/14 ' "_s : u" # 03/14/2026 # "_s)));
+        station.clock.set(QDateTime(QDate(2026, 3, 15), QTime(0, 0)));
+        QCOMPARE(Module1::soma_deb_dia(station.services, u"21"_s).text(), u"0"_s);
+        const QString today = station.shownDate(QDate(2026, 3, 14));
+        QCOMPARE(station.rows(u"ControleProdComb"_s, u"DataOP descritivo fornecedor NumeroNota cred deb"_s),
+                 (QStringList{today + u"|D'água|OperEmpresa|0503|0|1002.5"_s, today + u"|D'água|OperEmpresa|0503|3|0"_s,
+                              today + u"|D'água|OperEmpresa|0503|0|0.25"_s}));
     }
 
     void emitente_data() { support::BothBackEnds::addRows(); }
@@ -180,12 +138,12 @@ private Q_SLOTS:
         Emitente nothing = Module1::carrega_emitente(database.connection()); // No table: no error, no texts.
         QCOMPARE(nothing.RazaoSocial + nothing.endereco, QString());
         support::makeStation(database);
-        database.script({QStringLiteral("update DatEmit set IE = null")});
+        database.script({u"update DatEmit set IE = null"_s});
         const Emitente read = Module1::carrega_emitente(database.connection());
-        QCOMPARE(read.RazaoSocial, QStringLiteral("Auto Posto Três Ipês Ltda"));
+        QCOMPARE(read.RazaoSocial, u"Auto Posto Três Ipês Ltda"_s);
         QCOMPARE(read.IE, QString());
-        QCOMPARE(read.CNPJ, QStringLiteral("00.111.222/0001-33"));
-        QCOMPARE(read.endereco, QStringLiteral("Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"));
+        QCOMPARE(read.CNPJ, u"00.111.222/0001-33"_s);
+        QCOMPARE(read.endereco, u"Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"_s);
     }
 
     void gateAlwaysStartsDenied()
@@ -204,13 +162,9 @@ private Q_SLOTS:
     /// A window that is closed while its handler lets events run lives until the handler has returned.
     void windowClosedInItsHandler()
     {
-        data::Dialect dialect;
-        ado::Connection closed;
-        support::TestMessages messages;
-        support::TestClock clock{QDateTime(QDate(2024, 3, 5), QTime(9, 7, 8))};
-        support::TestPump pump;
-        const Services services{closed, dialect, messages, clock, pump};
-        QPointer<SomeWindow> window = new SomeWindow(services, nullptr);
+        support::BothBackEnds database(u"access"_s);
+        const support::WindowTest station(database);
+        QPointer<SomeWindow> window = new SomeWindow(station.services, nullptr);
         window->deleteWhenClosed();
         window->show();
         window->run([&] {

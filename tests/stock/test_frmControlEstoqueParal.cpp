@@ -18,59 +18,44 @@ using platform::FlexGrid;
 namespace {
 
 /// The open ledger over two products (row keys 1 and 2) and movements of the first one around the month.
-struct Ledger
+struct Ledger : WindowTest
 {
-    explicit Ledger(BothBackEnds& database)
-        : station(database)
+    explicit Ledger(BothBackEnds& used)
+        : WindowTest(used)
     {
-        const QString product = u"INSERT INTO CadProdComb (Descritivo, codprod, codigoEstoque) VALUES "_s;
-        const QString row = u"INSERT INTO ControleProdComb (CodProd, DataOP, descritivo, fornecedor, NumeroNota, cred, "
-                            u"deb) VALUES (1, "_s;
-        const auto on = [this](int month, int day) { return station.date(QDate(2026, month, day)); };
-        station.script({product + u"('Óleo diesel', 7, 7)"_s, product + u"('Álcool', 8, 8)"_s,
-                        u"INSERT INTO Fornece (razao) VALUES ('Usina São João')"_s,
-                        u"INSERT INTO Fornece (razao) VALUES ('Distribuidora Ipê')"_s,
-                        row + on(3, 14) + u", 'Óleo diesel', 'F', 'N2', 0, 250.5)"_s,
-                        row + on(3, 1) + u", 'Óleo diesel', 'F', 'N1', 1000, 0)"_s,
-                        row + on(2, 28) + u", 'Óleo diesel', 'F', 'N0', 5, 0)"_s,
-                        row + on(3, 15) + u", 'Óleo diesel', 'F', 'N3', 7, NULL)"_s});
+        insert(u"CadProdComb"_s, u"Descritivo, codprod, codigoEstoque"_s,
+               {u"'Óleo diesel', 7, 7"_s, u"'Álcool', 8, 8"_s});
+        insert(u"Fornece"_s, u"razao"_s, {u"'Usina São João'"_s, u"'Distribuidora Ipê'"_s});
+        insert(u"ControleProdComb"_s, u"CodProd, DataOP, descritivo, fornecedor, NumeroNota, cred, deb"_s,
+               {u"1, @2026-03-14@, 'Óleo diesel', 'F', 'N2', 0, 250.5"_s,
+                u"1, @2026-03-01@, 'Óleo diesel', 'F', 'N1', 1000, 0"_s,
+                u"1, @2026-02-28@, 'Óleo diesel', 'F', 'N0', 5, 0"_s,
+                u"1, @2026-03-15@, 'Óleo diesel', 'F', 'N3', 7, NULL"_s});
         open(window);
-    }
-    QString literal(const QString& access, const QString& mySql) const
-    {
-        return station.dialect.isMySql() ? u" ' "_s + mySql + u" ' "_s : u" # "_s + access + u" # "_s;
     }
     QString select(int product) const
     {
         return u"open Select * from ControleProdComb where codProd = %1  and DataOP >= "_s.arg(product) +
-               literal(u"03/01/2026"_s, u"2026/03/01"_s) + u" and DataOP <= "_s +
-               literal(u"03/14/2026"_s, u"2026/03/14"_s) + u"  order by DataOP;"_s;
+               literal(QDate(2026, 3, 1)) + u" and DataOP <= "_s + literal(QDate(2026, 3, 14)) +
+               u"  order by DataOP;"_s;
     }
     QLineEdit& tx(int index) { return control<QLineEdit>(window, index == 0 ? "tx_0" : "tx_1"); }
     QString totals()
     {
         return control<QLabel>(window, "lbt_0").text() + u'|' + control<QLabel>(window, "lbt_1").text();
     }
-    QString row(int index)
-    {
-        QStringList cells;
-        for (int column = 0; column < grid.Cols(); ++column)
-            cells << grid.TextMatrix(index, column);
-        return cells.join(u'|');
-    }
     /// What the window has written, behind the four movements of the beginning. An empty text of an Access file reads
     /// as Null.
     QStringList written()
     {
-        return station.rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo cred deb fornecedor NumeroNota"_s)
+        return rows(u"ControleProdComb"_s, u"CodProd DataOP descritivo cred deb fornecedor NumeroNota"_s)
             .mid(4)
             .replaceInStrings(u"NULL"_s, QString());
     }
 
-    WindowTest station;
     QStringList printed;
     bool printerFails = false;
-    frmControlEstoqueParal window{station.services, [this](const LedgerListing& listing) {
+    frmControlEstoqueParal window{services, [this](const LedgerListing& listing) {
                                       if (printerFails)
                                           throw std::runtime_error("no paper");
                                       printed << listing.product << listing.first.toString(u"dd/MM/yyyy"_s)
@@ -89,19 +74,16 @@ class TestFrmControlEstoqueParal : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase_data() { BothBackEnds::addRows(); }
     void initTestCase() { platform::prepareApplication(*qApp); }
 
-    void opening_data() { BothBackEnds::addRows(); }
     void opening()
     {
-        FRESH_DATABASE(database);
-        Ledger ledger(database);
+        FRESH_STATION(Ledger, ledger);
         const QString selectProducts = u"open Select * from CadProdComb order by Descritivo"_s;
-        QCOMPARE(ledger.station.statements(),
-                 QStringList({u"open Select * from Fornece order by razao;"_s, selectProducts}));
+        QCOMPARE(ledger.statements(), QStringList({u"open Select * from Fornece order by razao;"_s, selectProducts}));
         QCOMPARE(entries(ledger.list), QStringList({u"00002 - Álcool"_s, u"00001 - Óleo diesel"_s}));
-        QCOMPARE(ledger.row(0), u"|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"_s);
-        QCOMPARE(ledger.grid.Rows(), 1);
+        QCOMPARE(rowsOf(ledger.grid), QStringList(u"|CodgProd|DatOP|Descritivo|Cred|Deb|NºNota|"_s));
         QCOMPARE(ledger.totals(), u"0,00|0,00"_s);
         QCOMPARE(ledger.supplier.currentText(), u"DISTRIBUIDORA IPÊ"_s);
         QCOMPARE(control<QLabel>(ledger.window, "Label5").text(), u"14/03/2026"_s);
@@ -111,24 +93,22 @@ private Q_SLOTS:
 
         // A product that came while the window was away is there when it is shown again.
         ledger.window.close();
-        ledger.station.script({u"INSERT INTO CadProdComb (Descritivo) VALUES ('Arla')"_s});
+        ledger.script({u"INSERT INTO CadProdComb (Descritivo) VALUES ('Arla')"_s});
         open(ledger.window);
-        QCOMPARE(ledger.station.statements(), QStringList({selectProducts}));
+        QCOMPARE(ledger.statements(), QStringList({selectProducts}));
         QCOMPARE(ledger.list.count(), 3);
         QCOMPARE(ledger.supplier.count(), 2);
     }
 
-    void listing_data() { BothBackEnds::addRows(); }
     void listing()
     {
-        FRESH_DATABASE(database);
-        Ledger ledger(database);
-        (void)ledger.station.statements();
+        FRESH_STATION(Ledger, ledger);
+        (void)ledger.statements();
         clickEntry(ledger.list, 1);
-        QCOMPARE(ledger.station.statements(), QStringList({ledger.select(1)}));
-        QCOMPARE(ledger.grid.Rows(), 3); // both ends of the period
-        QCOMPARE(ledger.row(1), u"2|1|01/03/26|Óleo diesel|1.000,00|0,00|N1|F"_s);
-        QCOMPARE(ledger.row(2), u"1|1|14/03/26|Óleo diesel|0,00|250,50|N2|F"_s);
+        QCOMPARE(ledger.statements(), QStringList({ledger.select(1)}));
+        QCOMPARE(rowsOf(ledger.grid).mid(1), // both ends of the period
+                 QStringList({u"2|1|01/03/26|Óleo diesel|1.000,00|0,00|N1|F"_s,
+                              u"1|1|14/03/26|Óleo diesel|0,00|250,50|N2|F"_s}));
         for (int row = 1; row < 3; ++row) {
             QCOMPARE(ledger.grid.CellBackColor(row, 4), 0xC0FFC0U);
             QCOMPARE(ledger.grid.CellBackColor(row, 5), 0xC0E0FFU);
@@ -141,9 +121,7 @@ private Q_SLOTS:
         QCOMPARE(ledger.printed, QStringList({u"00001 - Óleo diesel"_s, u"01/03/2026"_s, u"14/03/2026"_s, u"1.000,00"_s,
                                               u"250,50"_s, u"3"_s}));
         ledger.printerFails = true;
-        ledger.station.messages.expect();
-        click(ledger.window, "btI");
-        QVERIFY(ledger.station.boxes().first().contains(u"no paper"_s));
+        QVERIFY(ledger.told([&] { click(ledger.window, "btI"); }).first().contains(u"no paper"_s));
 
         clickEntry(ledger.list, 1);
         QCOMPARE(ledger.totals(), u"1.007,00|250,50"_s);
@@ -154,13 +132,11 @@ private Q_SLOTS:
         QCOMPARE(ledger.totals(), u"0,00|0,00"_s);
     }
 
-    void newerListingWins_data() { BothBackEnds::addRows(); }
     void newerListingWins()
     {
-        FRESH_DATABASE(database);
-        Ledger ledger(database);
-        ledger.station.script({u"UPDATE ControleProdComb SET CodProd = 2 WHERE CodigoI = 2"_s});
-        ledger.station.pump.at(ledger.station.pump.count() + 1, [&] { clickEntry(ledger.list, 0); });
+        FRESH_STATION(Ledger, ledger);
+        ledger.script({u"UPDATE ControleProdComb SET CodProd = 2 WHERE CodigoI = 2"_s});
+        ledger.pump.at(ledger.pump.count() + 1, [&] { clickEntry(ledger.list, 0); });
         clickEntry(ledger.list, 1);
         QCOMPARE(ledger.grid.Rows(), 2);
         QCOMPARE(ledger.grid.TextMatrix(1, 1), u"2"_s);
@@ -168,29 +144,24 @@ private Q_SLOTS:
         QCOMPARE(ledger.totals(), u"1.000,00|0,00"_s);
     }
 
-    void byKeyboard_data() { BothBackEnds::addRows(); }
     void byKeyboard()
     {
-        FRESH_DATABASE(database);
-        Ledger ledger(database);
+        FRESH_STATION(Ledger, ledger);
         QCOMPARE(focused(), u"List1"_s);
         press({Qt::Key_Down, Qt::Key_Down});
-        (void)ledger.station.statements();
+        (void)ledger.statements();
         press(Qt::Key_Return);
         QCOMPARE(focused(), u"tx_0"_s);
-        type(u"1000"_s);
-        press(Qt::Key_Return);
+        enter(u"1000"_s);
         QCOMPARE(ledger.tx(0).text(), u"1.000,00"_s);
         QCOMPARE(focused(), u"tx_1"_s);
-        type(u"NF 77"_s);
-        press(Qt::Key_Return);
+        enter(u"NF 77"_s);
         QCOMPARE(focused(), u"Combo1"_s);
         press({Qt::Key_Down, Qt::Key_Return});
         QCOMPARE(focused(), u"BTM"_s);
         press(Qt::Key_Return);
-        QCOMPARE(ledger.station.statements(),
-                 QStringList({u"open Select * from ControleProdComb;"_s, ledger.select(1)}));
-        const QString day = ledger.station.shownDate(QDate(2026, 3, 14));
+        QCOMPARE(ledger.statements(), QStringList({u"open Select * from ControleProdComb;"_s, ledger.select(1)}));
+        const QString day = ledger.shownDate(QDate(2026, 3, 14));
         QCOMPARE(ledger.written(), QStringList({u"1|%1|Óleo diesel|1000|0|USINA SÃO JOÃO|NF 77"_s.arg(day)}));
         QCOMPARE(ledger.totals(), u"2.000,00|250,50"_s);
         QCOMPARE(focused(), u"List1"_s);
@@ -198,10 +169,8 @@ private Q_SLOTS:
         // A debit, without supplier and invoice number; an apostrophe is no harm here.
         press({Qt::Key_Tab, Qt::Key_Right, Qt::Key_Tab});
         QCOMPARE(ledger.tx(0).selectedText(), u"1.000,00"_s);
-        type(u"2,5"_s);
-        press(Qt::Key_Return);
-        type(u"d'água"_s);
-        press(Qt::Key_Return);
+        enter(u"2,5"_s);
+        enter(u"d'água"_s);
         press({Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Return});
         QCOMPARE(ledger.written().last(), u"1|%1|Óleo diesel|0|2.5||d'água"_s.arg(day));
         QCOMPARE(ledger.totals(), u"2.000,00|253,00"_s);
@@ -209,28 +178,23 @@ private Q_SLOTS:
         QVERIFY(!ledger.window.isVisible());
     }
 
-    void litres_data() { BothBackEnds::addRows(); }
     void litres()
     {
-        FRESH_DATABASE(database);
-        Ledger ledger(database);
-        (void)ledger.station.statements();
+        FRESH_STATION(Ledger, ledger);
+        (void)ledger.statements();
         const QStringList cases[] = {{u"abc"_s, u"0"_s}, {u""_s, u"0"_s}, {u"0"_s, u"0,00"_s}};
         for (const QStringList& one : cases) {
-            ledger.tx(0).clear();
-            ledger.tx(0).setFocus();
-            type(one[0]);
+            typeInto(ledger.tx(0), one[0]);
             click(ledger.window, "BTM");
             QCOMPARE(ledger.tx(0).text(), one[1]);
-            QCOMPARE(ledger.station.statements(), QStringList());
+            QCOMPARE(ledger.statements(), QStringList());
         }
         // Without a selected product the row belongs to none.
         ledger.tx(0).setText(u"-3"_s);
         click(ledger.window, "BTM");
-        QCOMPARE(ledger.station.statements(),
-                 QStringList({u"open Select * from ControleProdComb;"_s, ledger.select(0)}));
+        QCOMPARE(ledger.statements(), QStringList({u"open Select * from ControleProdComb;"_s, ledger.select(0)}));
         QCOMPARE(ledger.written(),
-                 QStringList({u"0|%1||-3|0|DISTRIBUIDORA IPÊ|"_s.arg(ledger.station.shownDate(QDate(2026, 3, 14)))}));
+                 QStringList({u"0|%1||-3|0|DISTRIBUIDORA IPÊ|"_s.arg(ledger.shownDate(QDate(2026, 3, 14)))}));
     }
 };
 

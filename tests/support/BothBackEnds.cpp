@@ -1,10 +1,7 @@
 #include "support/BothBackEnds.h"
 
-#include "support/MariaDbServer.h"
-
-#ifdef TEST_SUPPORT_ACCESS_ENGINE
 #include "accessfile/Storage.h"
-#endif
+#include "support/MariaDbServer.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -57,20 +54,10 @@ void BothBackEnds::addRows()
 
 QString BothBackEnds::missing(const QString& backEnd)
 {
-    if (backEnd == QLatin1StringView("mysql")) {
-        return MariaDbServer::isInstalled() ? QString() : QStringLiteral("no MariaDB server is installed");
-    }
-#ifdef TEST_SUPPORT_ACCESS_ENGINE
-    const QTemporaryDir folder;
-    try {
-        accessfile::Storage::create(folder.filePath(QStringLiteral("x.mdb")).toStdString());
-    } catch (const std::exception& error) {
-        return QString::fromUtf8(error.what());
+    if (backEnd == QLatin1StringView("mysql") && !MariaDbServer::isInstalled()) {
+        return QStringLiteral("no MariaDB server is installed");
     }
     return {};
-#else
-    return QStringLiteral("this build has no Access engine");
-#endif
 }
 
 BothBackEnds::BothBackEnds(const QString& backEnd)
@@ -87,9 +74,7 @@ BothBackEnds::BothBackEnds(const QString& backEnd)
         m_database = m_folder.filePath(QStringLiteral("posto.mdb"));
         m_connectionString = QStringLiteral("Driver={Microsoft Access Driver (*.mdb)};Dbq=") + m_database +
                              QStringLiteral(";Uid=Admin;Pwd=8282;");
-#ifdef TEST_SUPPORT_ACCESS_ENGINE
         accessfile::Storage::create(m_database.toStdString(), "8282");
-#endif
     }
     m_connection.Open(m_connectionString);
 }
@@ -108,6 +93,15 @@ QList<QStringList> BothBackEnds::table(const QString& name, const QStringList& c
             QStringLiteral("SELECT %1 FROM %2").arg(columns.join(QLatin1Char(',')), name), m_database);
     }
     return readAccessTable(m_database, name, columns);
+}
+
+QStringList BothBackEnds::rows(const QString& name, const QString& columns) const
+{
+    QStringList lines;
+    for (const QStringList& row : table(name, columns.split(u' '))) {
+        lines << row.join(u'|');
+    }
+    return lines;
 }
 
 QList<QStringList> readAccessTable(const QString& file, const QString& name, const QStringList& columns)
@@ -135,6 +129,16 @@ QList<QStringList> readAccessTable(const QString& file, const QString& name, con
         rows << row;
     }
     return rows;
+}
+
+ado::Error errorOf(const std::function<void()>& operation)
+{
+    try {
+        operation();
+    } catch (const ado::Error& error) {
+        return error;
+    }
+    return ado::Error(0, QStringLiteral("no error"));
 }
 
 } // namespace support

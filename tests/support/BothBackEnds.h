@@ -1,13 +1,14 @@
 #pragma once
 
 #include "platform/ado/Connection.h"
+#include "platform/ado/Error.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <memory>
+#include <functional>
 
 namespace support {
 
@@ -34,6 +35,8 @@ public:
     /// The rows of a table in stored order, read from outside the program (mdb-export, or the server's own client):
     /// the named columns as texts, "NULL" for Null, dates as yyyy-mm-dd hh:mm:ss.
     [[nodiscard]] QList<QStringList> table(const QString& name, const QStringList& columns) const;
+    /// The same with "|" between the cells of a row; columns separated by a blank.
+    [[nodiscard]] QStringList rows(const QString& name, const QString& columns) const;
 
 private:
     bool m_isMySql;
@@ -45,6 +48,9 @@ private:
 
 /// The same for an Access file that exists already.
 [[nodiscard]] QList<QStringList> readAccessTable(const QString& file, const QString& name, const QStringList& columns);
+
+/// The error that an operation raises; its number is 0 when it raises none.
+[[nodiscard]] ado::Error errorOf(const std::function<void()>& operation);
 
 } // namespace support
 

@@ -18,7 +18,6 @@ public:
         QString prompt;
         int style = 0;
         QString title;
-        bool operator==(const Shown&) const = default;
     };
 
     /// Expects one box more, and answers it so.

@@ -32,12 +32,6 @@ inline QString runPdfTool(const QString& tool, const QStringList& arguments)
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
-/// The text of the file as it stands on the paper, pages separated by form feeds.
-inline QString pdfLayout(const QString& file)
-{
-    return runPdfTool(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-}
-
 /// Words with their places, in the order of the pages.
 inline QList<PdfWord> pdfWords(const QString& file)
 {

@@ -1,12 +1,9 @@
 #include "support/StationSchema.h"
 
+#include "accessfile/Storage.h"
 #include "support/MariaDbServer.h"
 
 #include <QFile>
-
-#ifdef TEST_SUPPORT_ACCESS_ENGINE
-#include "accessfile/Storage.h"
-#endif
 
 #include <stdexcept>
 
@@ -60,9 +57,7 @@ void writeSettings(const QString& folder, bool isMySql, const QString& database)
 void makeHosts(const QString& folder, const QList<QStringList>& rows)
 {
     const QString file = folder + QStringLiteral("/Host.mdb");
-#ifdef TEST_SUPPORT_ACCESS_ENGINE
     accessfile::Storage::create(file.toStdString());
-#endif
     ado::Connection connection;
     connection.Open(QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=") + file + QStringLiteral(";"));
     connection.Execute(statements(QStringLiteral("hosts.sql")).first());

@@ -1,18 +1,22 @@
 #pragma once
 
 #include "data/Dialect.h"
+#include "platform/ui/FlexGrid.h"
 #include "shared/Services.h"
 #include "support/BothBackEnds.h"
 #include "support/Doubles.h"
+#include "support/Inserts.h"
 #include "support/StatementTrace.h"
 #include "support/StationSchema.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 
+#include <functional>
 #include <stdexcept>
 
 // What a test needs to drive a window as a person does.
@@ -36,33 +40,32 @@ struct WindowTest
     Services services{database.connection(), dialect, messages, clock, pump};
     StatementTrace trace;
 
-    /// A day as both back ends take it in a statement that inserts it.
-    [[nodiscard]] QString date(QDate day) const
+    /// A day as the program's own statements compare it.
+    [[nodiscard]] QString literal(QDate day) const
     {
-        return database.isMySql() ? day.toString(QStringLiteral("''yyyy-MM-dd''"))
-                                  : day.toString(QStringLiteral("#MM/dd/yyyy#"));
+        return day.toString(database.isMySql() ? QStringLiteral(" '' yyyy/MM/dd '' ")
+                                               : QStringLiteral(" # MM/dd/yyyy # "));
     }
-    /// The same as the tables are read from outside.
+    /// A day as the tables are read from outside.
     [[nodiscard]] QString shownDate(QDate day) const
     {
         return day.toString(database.isMySql() ? QStringLiteral("yyyy-MM-dd") : QStringLiteral("yyyy-MM-dd 00:00:00"));
     }
-    /// Runs statements that are no part of what is tested; %1 is a day of the past month, 28/02/2026.
+    /// Runs statements that are no part of what is tested.
     void script(const QStringList& lines)
     {
-        QStringList filled;
-        for (const QString& line : lines)
-            filled << QString(line).replace(QStringLiteral("%1"), date(QDate(2026, 2, 28)));
-        database.script(filled);
+        database.script(lines);
         trace.clear();
+    }
+    /// The same for rows of a table, as support::inserts has them.
+    void insert(const QString& table, const QString& columns, const QStringList& rows)
+    {
+        script(inserts(database.isMySql(), table, columns, rows));
     }
     /// The rows of a table from outside, cells joined by "|"; columns separated by a blank.
     [[nodiscard]] QStringList rows(const QString& table, const QString& columns) const
     {
-        QStringList lines;
-        for (const QStringList& row : database.table(table, columns.split(u' ')))
-            lines << row.join(u'|');
-        return lines;
+        return database.rows(table, columns);
     }
     /// The statements since the last look, and forgets them.
     [[nodiscard]] QStringList statements()
@@ -84,7 +87,37 @@ struct WindowTest
         messages.clear();
         return texts;
     }
+    /// What one box tells while something is done; it is answered so.
+    [[nodiscard]] QStringList told(const std::function<void()>& act,
+                                   platform::MsgBoxResult answer = platform::MsgBoxResult::Ok)
+    {
+        messages.expect(answer);
+        act();
+        return boxes();
+    }
 };
+
+/// First line of a test function of a window, in a test whose global data are the back ends: a fresh database, and the
+/// fixture over it.
+#define FRESH_STATION(Fixture, variable)                                                                               \
+    QFETCH_GLOBAL(QString, backEnd);                                                                                   \
+    if (const QString missing = support::BothBackEnds::missing(backEnd); !missing.isEmpty()) {                         \
+        QSKIP(qPrintable(missing));                                                                                    \
+    }                                                                                                                  \
+    support::BothBackEnds database(backEnd);                                                                           \
+    Fixture variable(database)
+
+/// Data rows of texts; the first text of a row is its name.
+inline void addTexts(std::initializer_list<const char*> columns, const QList<QStringList>& rows)
+{
+    for (const char* const column : columns)
+        QTest::addColumn<QString>(column);
+    for (const QStringList& texts : rows) {
+        QTestData& row = QTest::newRow(qPrintable(texts.first()));
+        for (const QString& text : texts.mid(1))
+            row << text;
+    }
+}
 
 /// Shows a window and lets it load.
 inline void open(QWidget& window)
@@ -155,9 +188,57 @@ inline void type(const QString& text)
     QCoreApplication::processEvents();
 }
 
+/// Types a text and Enter.
+inline void enter(const QString& text)
+{
+    type(text);
+    press(Qt::Key_Return);
+}
+
+/// Types a text in the place of what a box holds.
+inline void typeInto(QLineEdit& box, const QString& text)
+{
+    box.setFocus();
+    box.clear();
+    type(text);
+}
+
 inline void click(QWidget& window, const char* button)
 {
     QTest::mouseClick(&control<QAbstractButton>(window, button), Qt::LeftButton);
+}
+
+/// A click on a grid's row, counted from 1.
+inline void clickRow(platform::FlexGrid& grid, int row, int column = 1)
+{
+    const QModelIndex cell = grid.model()->index(row - 1, column);
+    grid.scrollTo(cell);
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.visualRect(cell).center());
+}
+
+/// In the main window: Enter on a row of the pump grid, the reading, Enter.
+inline void enterReading(const QWidget& window, int row, const QString& reading)
+{
+    auto& flex = control<platform::FlexGrid>(window, "flex");
+    flex.setRow(row);
+    flex.setFocus();
+    QTest::keyClick(&flex, Qt::Key_Return);
+    auto& text1 = control<QLineEdit>(window, "Text1");
+    QTest::keyClicks(&text1, reading);
+    QTest::keyClick(&text1, Qt::Key_Return);
+}
+
+/// The rows of a grid, cells joined by "|"; the first one holds the titles.
+inline QStringList rowsOf(const platform::FlexGrid& grid)
+{
+    QStringList rows;
+    for (int row = 0; row < grid.Rows(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < grid.Cols(); ++column)
+            cells << grid.TextMatrix(row, column);
+        rows << cells.join(u'|');
+    }
+    return rows;
 }
 
 inline void clickEntry(QListWidget& list, int row)

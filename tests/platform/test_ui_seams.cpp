@@ -2,6 +2,7 @@
 #include "platform/print/Printers.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Boundary.h"
+#include "platform/ui/ComboBox.h"
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/KeyFilter.h"
@@ -10,6 +11,7 @@
 #include "platform/ui/WindowPlacement.h"
 #include "platform/vb/Error.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCalendarWidget>
 #include <QClipboard>
@@ -23,6 +25,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 
 #include <clocale>
 #include <new>
@@ -351,6 +354,43 @@ private Q_SLOTS:
         QTest::keyClick(list, Qt::Key_Return);
         QVERIFY(last->hasFocus());
         QVERIFY(window.keys.isEmpty());
+    }
+
+    void dropDownListTellsEveryChoice()
+    {
+        Window window;
+        platform::ComboBox list(&window);
+        QLineEdit other(&window);
+        list.addItems({QStringLiteral("TANQUE_1"), QStringLiteral("TANQUE_2")});
+        window.open();
+        const QSignalSpy chosen(&list, &platform::ComboBox::Click);
+        const auto chooseInTheList = [&list](std::initializer_list<Qt::Key> keys) {
+            list.setFocus();
+            list.showPopup();
+            QTRY_VERIFY(list.view()->isVisible());
+            for (const Qt::Key key : keys)
+                QTest::keyClick(list.view(), key);
+            QTRY_VERIFY(!list.view()->isVisible());
+        };
+        const auto turnTheWheel = [&list] {
+            QWheelEvent turn(QPointF(5, 5), list.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, {},
+                             Qt::NoScrollPhase, false);
+            QApplication::sendEvent(&list, &turn);
+        };
+        chooseInTheList({Qt::Key_Down, Qt::Key_Return});
+        QCOMPARE(chosen.size(), 1);
+        list.setCurrentIndex(0); // the program's
+        QCOMPARE(chosen.size(), 2);
+        chooseInTheList({Qt::Key_Return}); // the same again
+        QCOMPARE(chosen.size(), 3);
+        other.setFocus();
+        turnTheWheel(); // past it
+        QCOMPARE(list.currentIndex(), 0);
+        QVERIFY(other.hasFocus());
+        list.setFocus();
+        turnTheWheel();
+        QCOMPARE(list.currentIndex(), 1);
+        QCOMPARE(chosen.size(), 4);
     }
 
     void hourglassOnlyForLongWork()

@@ -115,17 +115,26 @@ bool exporterInstalled()
     return !QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty();
 }
 
-Rows exportedRows(const QString& file, const Table& table)
+namespace {
+
+QByteArray outputOf(const QString& program, const QStringList& arguments)
 {
     QProcess process;
-    process.start(QStringLiteral("mdb-export"),
-                  {QStringLiteral("-H"), QStringLiteral("-Q"), QStringLiteral("-d"), QString::fromLatin1(cellEnd),
-                   QStringLiteral("-R"), QString::fromLatin1(rowEnd), QStringLiteral("-D"),
-                   QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d %H:%M:%S"),
-                   QStringLiteral("-b"), QStringLiteral("hex"), file, QString::fromStdString(table.name())});
+    process.start(program, arguments);
     if (!process.waitForFinished() || process.exitCode() != 0)
-        throw std::runtime_error("mdb-export: " + process.readAllStandardError().toStdString());
-    const QByteArray output = process.readAllStandardOutput();
+        throw std::runtime_error(process.readAllStandardError().toStdString());
+    return process.readAllStandardOutput();
+}
+
+/// Rows of a table as another reader of the format shows them.
+Rows exportedRows(const QString& file, const Table& table)
+{
+    const QStringList options =
+        QStringLiteral("-H -Q -b hex -d %1 -R %2").arg(QLatin1String(cellEnd), QLatin1String(rowEnd)).split(u' ');
+    const QString moment = QStringLiteral("%Y-%m-%d %H:%M:%S");
+    const QByteArray output = outputOf(QStringLiteral("mdb-export"),
+                                       options + QStringList{QStringLiteral("-D"), moment, QStringLiteral("-T"), moment,
+                                                             file, QString::fromStdString(table.name())});
     Rows rows;
     for (qsizetype at = 0; at < output.size();) {
         const qsizetype end = output.indexOf(rowEnd, at);
@@ -142,8 +151,17 @@ Rows exportedRows(const QString& file, const Table& table)
     return rows;
 }
 
+} // namespace
+
 QString exportDifference(Storage& storage, const QString& file, std::size_t* cells)
 {
+    QStringList listed = QString::fromUtf8(outputOf(QStringLiteral("mdb-tables"), {QStringLiteral("-1"), file}))
+                             .split(u'\n', Qt::SkipEmptyParts);
+    QStringList names = joined(storage.tableNames()).split(u'\n', Qt::SkipEmptyParts);
+    listed.sort();
+    names.sort();
+    if (listed != names)
+        return QStringLiteral("tables: %1, listed %2").arg(names.join(u'|'), listed.join(u'|'));
     for (const std::string& name : storage.tableNames()) {
         const Table& read = *storage.table(name);
         Rows own = rowsOf(read);

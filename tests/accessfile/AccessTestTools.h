@@ -19,10 +19,9 @@ using Changes = std::vector<std::pair<int, accessfile::Value>>;
 [[nodiscard]] std::string cellText(const accessfile::Value& value);
 /// Cells of every row as texts, in the order of a scan; null and the empty text look the same.
 [[nodiscard]] Rows rowsOf(const accessfile::Table& table);
-/// The same as another reader of the format shows it; raises std::runtime_error when it fails.
-[[nodiscard]] Rows exportedRows(const QString& file, const accessfile::Table& table);
 [[nodiscard]] bool exporterInstalled();
-/// First difference between what the engine reads and what the other reader does; empty when there is none.
+/// First difference between the tables and rows that the engine reads and those that another reader of the format
+/// does; empty when there is none.
 [[nodiscard]] QString exportDifference(accessfile::Storage& storage, const QString& file, std::size_t* cells = nullptr);
 
 /// Everything a file holds, for comparing two states of it.

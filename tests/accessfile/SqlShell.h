@@ -1,11 +1,13 @@
 #pragma once
 
+#include "accessfile/AccessTestTools.h"
 #include "accessfile/Error.h"
 #include "accessfile/Sql.h"
 #include "platform/ado/AccessConversions.h"
 
 #include <QByteArray>
 #include <QTemporaryDir>
+#include <QTest>
 
 namespace accesstest {
 
@@ -42,6 +44,12 @@ public:
         });
     }
 
+    /// Rows found for a SELECT, otherwise the number of rows concerned.
+    QByteArray answer(const QByteArray& statement)
+    {
+        return statement.toLower().startsWith("select") ? select(statement) : execute(statement);
+    }
+
     /// Number of rows concerned.
     QByteArray execute(const QByteArray& statement)
     {
@@ -59,8 +67,8 @@ private:
     struct Rows : accessfile::RowSink
     {
         void columns(const std::vector<accessfile::ResultColumn>& /*columns*/) override {}
-        void cell(const accessfile::Value& value) override { line << std::visit(CellText(), value); }
-        void textCell(std::string_view utf8) override { line << CellText()(std::string(utf8)); }
+        void cell(const accessfile::Value& value) override { line << look(value); }
+        void textCell(std::string_view utf8) override { line << look(std::string(utf8)); }
         void endRow(std::optional<accessfile::RowId> /*row*/) override
         {
             lines << line.join('|');
@@ -71,38 +79,25 @@ private:
     };
 
     /// Each type has a look of its own: 'text', 1.5 double, $1.5000 money, 1.5f single, @2024-03-15 06:00:00 date.
-    struct CellText
+    static QByteArray look(const accessfile::Value& value)
     {
-        QByteArray operator()(accessfile::Null) const { return "NULL"; }
-        QByteArray operator()(bool value) const { return value ? "True" : "False"; }
-        QByteArray operator()(std::int32_t value) const { return QByteArray::number(value); }
-        QByteArray operator()(float value) const { return QByteArray::number(double{value}, 'g', 7) + 'f'; }
-        QByteArray operator()(double value) const
-        {
-            const QByteArray text = QByteArray::number(value, 'g', 15);
+        const QByteArray text = QByteArray::fromStdString(cellText(value));
+        if (accessfile::isNull(value))
+            return "NULL";
+        if (std::holds_alternative<bool>(value))
+            return text == "1" ? "True" : "False";
+        if (std::holds_alternative<float>(value))
+            return text + 'f';
+        if (std::holds_alternative<double>(value))
             return text.contains('.') || text.contains('e') ? text : text + ".0";
-        }
-        QByteArray operator()(accessfile::Money value) const
-        {
-            return '$' + QByteArray::number(static_cast<double>(value.scaled) / 10'000, 'f', 4);
-        }
-        QByteArray operator()(accessfile::DateTime value) const
-        {
-            const double day = std::trunc(value.serial);
-            const qint64 seconds = std::llround(std::abs(value.serial - day) * 86400);
-            const QDateTime moment(QDate(1899, 12, 30).addDays(static_cast<qint64>(day)), QTime(0, 0), Qt::UTC);
-            const auto format = seconds == 0 ? QStringLiteral("yyyy-MM-dd") : QStringLiteral("yyyy-MM-dd hh:mm:ss");
-            return '@' + moment.addSecs(seconds).toString(format).toUtf8();
-        }
-        QByteArray operator()(const accessfile::Numeric& value) const
-        {
-            return QByteArray::number((value.negative ? -1.0 : 1.0) * value.magnitude[3] / std::pow(10, value.scale)) +
-                   'd';
-        }
-        QByteArray operator()(const accessfile::Guid& /*value*/) const { return "guid"; }
-        QByteArray operator()(const std::string& value) const { return '\'' + QByteArray::fromStdString(value) + '\''; }
-        QByteArray operator()(const accessfile::Bytes& /*value*/) const { return "bytes"; }
-    };
+        if (std::holds_alternative<accessfile::Money>(value))
+            return '$' + text;
+        if (std::holds_alternative<accessfile::DateTime>(value))
+            return '@' + (text.endsWith(" 00:00:00") ? text.first(10) : text);
+        if (std::holds_alternative<accessfile::Numeric>(value))
+            return text + 'd';
+        return std::holds_alternative<std::string>(value) ? '\'' + text + '\'' : text;
+    }
 
     template <typename Action>
     static QByteArray orError(Action action)
@@ -118,5 +113,38 @@ private:
     ado::AccessConversions m_regional;
     std::unique_ptr<accessfile::Database> m_database;
 };
+
+/// A statement and its answer; of an error the number alone may be expected.
+struct Step
+{
+    QByteArray statement;
+    QByteArray answer;
+};
+
+/// The answer as far as it is expected: of an error its number where no text is.
+inline QByteArray expectedPart(const QByteArray& answer, const QByteArray& expected)
+{
+    const bool isNumber = expected.startsWith('-') && !expected.contains(' ');
+    return isNumber && answer.startsWith(expected + ' ') ? expected : answer;
+}
+
+/// Adds the steps as rows of a test's data.
+inline void addSteps(const std::vector<Step>& steps)
+{
+    QTest::addColumn<QByteArray>("statement");
+    QTest::addColumn<QByteArray>("answer");
+    for (const Step& step : steps)
+        QTest::newRow(step.statement.constData()) << step.statement << step.answer;
+}
+
+/// Runs the steps one behind the other.
+inline void play(SqlShell& shell, const std::vector<Step>& steps)
+{
+    for (const Step& step : steps) {
+        const QByteArray answer = shell.answer(step.statement);
+        if (expectedPart(answer, step.answer) != step.answer)
+            QFAIL((step.statement + "\n  gives    " + answer + "\n  expected " + step.answer).constData());
+    }
+}
 
 } // namespace accesstest

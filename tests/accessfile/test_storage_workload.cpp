@@ -19,59 +19,48 @@ struct Model
     std::vector<Column> columns;
     std::vector<Index> indexes;
     std::map<RowId, std::vector<Value>> rows;
-    std::map<RowId, std::vector<std::optional<std::string>>> keys; ///< Of `rows`, one for each unique index.
+    std::set<std::string> taken; ///< Keys of `rows` in the unique indexes.
     std::int32_t lastNumber = 0;
 
-    /// Text that is equal for values that an index takes for equal; nullopt for null.
-    static std::optional<std::string> sortable(const Value& value)
+    /// Keys of a row in the unique indexes, equal for values that an index takes for equal; a null makes none.
+    [[nodiscard]] std::set<std::string> keysOf(const std::vector<Value>& row) const
     {
-        if (isNull(value))
-            return std::nullopt;
-        if (const auto* text = std::get_if<std::string>(&value))
-            return textSortKey(*text);
-        return cellText(value);
-    }
-    [[nodiscard]] std::optional<std::string> uniqueKey(const Index& index, const std::vector<Value>& row) const
-    {
-        std::string key;
-        for (const IndexColumn& part : index.columns) {
-            const auto cell = sortable(row[static_cast<std::size_t>(part.column)]);
-            if (!cell)
-                return std::nullopt;
-            key += *cell + '\x1f';
-        }
-        return key;
-    }
-    [[nodiscard]] std::vector<std::optional<std::string>> keysOf(const std::vector<Value>& row) const
-    {
-        std::vector<std::optional<std::string>> all;
+        std::set<std::string> keys;
         for (const Index& index : indexes) {
-            if (index.unique)
-                all.push_back(uniqueKey(index, row));
+            std::string key = index.name;
+            bool anyNull = !index.unique;
+            for (const IndexColumn& part : index.columns) {
+                const Value& cell = row[static_cast<std::size_t>(part.column)];
+                const auto* text = std::get_if<std::string>(&cell);
+                key += '\x1f' + (text != nullptr ? textSortKey(*text).value() : cellText(cell));
+                anyNull = anyNull || isNull(cell);
+            }
+            if (!anyNull)
+                keys.insert(key);
         }
-        return all;
+        return keys;
     }
     void set(RowId id, std::vector<Value> row)
     {
-        keys[id] = keysOf(row);
+        remove(id);
+        taken.merge(keysOf(row));
         rows[id] = std::move(row);
     }
     void remove(RowId id)
     {
-        keys.erase(id);
+        if (!rows.contains(id))
+            return;
+        for (const std::string& key : keysOf(rows[id]))
+            taken.erase(key);
         rows.erase(id);
     }
     /// Whether a row may stand beside the others.
     [[nodiscard]] bool accepts(const std::vector<Value>& row, std::optional<RowId> except) const
     {
-        const auto own = keysOf(row);
-        return std::none_of(keys.begin(), keys.end(), [&](const auto& other) {
-            for (std::size_t i = 0; i < own.size(); ++i) {
-                if (other.first != except && own[i] && own[i] == other.second[i])
-                    return true;
-            }
-            return false;
-        });
+        const std::set<std::string> own = except ? keysOf(rows.at(*except)) : std::set<std::string>();
+        const std::set<std::string> keys = keysOf(row);
+        return std::none_of(keys.begin(), keys.end(),
+                            [&](const std::string& key) { return taken.contains(key) && !own.contains(key); });
     }
 };
 
@@ -113,7 +102,7 @@ class Workload
 {
 public:
     Workload(unsigned seed, std::size_t cachePages)
-        : m_options{.password = {}, .cachePages = cachePages}
+        : m_options{.password = "8282", .cachePages = cachePages}
         , m_storage(m_options)
         , m_maker(seed)
     {
@@ -125,19 +114,21 @@ public:
     {
         auto entry = m_models.begin();
         std::advance(entry, static_cast<std::ptrdiff_t>(m_maker.below(m_models.size())));
+        auto& [name, model] = *entry;
+        Table& table = *m_storage->table(name);
         const std::size_t kind = m_maker.below(1000);
         if (kind < 5)
-            define(entry->first, entry->second);
+            define(name, model);
         else if (kind < 25)
-            undone(entry->first, entry->second);
+            undone(table, model);
         else if (kind < 60)
-            search(*m_storage->table(entry->first), entry->second);
-        else if (entry->second.rows.size() < 40 + m_maker.below(700))
-            insert(*m_storage->table(entry->first), entry->second);
+            search(table, model);
+        else if (model.rows.size() < 40 + m_maker.below(700))
+            insert(table, model);
         else if (kind % 3 == 0)
-            erase(*m_storage->table(entry->first), entry->second);
+            erase(table, model);
         else
-            update(*m_storage->table(entry->first), entry->second);
+            update(table, model);
     }
 
     [[nodiscard]] QString difference()
@@ -235,17 +226,16 @@ private:
     }
 
     /// Several changes that are taken back.
-    void undone(const std::string& name, const Model& model)
+    void undone(Table& table, Model copy)
     {
-        Model copy = model;
         m_storage->beginStatement();
         for (int i = 0; i < 8; ++i) {
             if (copy.rows.size() < 20 || i % 2 == 0)
-                insert(*m_storage->table(name), copy);
+                insert(table, copy);
             else if (i % 3 == 0)
-                erase(*m_storage->table(name), copy);
+                erase(table, copy);
             else
-                update(*m_storage->table(name), copy);
+                update(table, copy);
         }
         m_storage->rollbackStatement();
     }

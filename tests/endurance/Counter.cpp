@@ -1,10 +1,6 @@
 #include "Counter.h"
 
-#include "platform/ui/DatePicker.h"
-#include "platform/ui/FlexGrid.h"
-
-#include <QLineEdit>
-#include <QTest>
+using namespace Qt::StringLiterals;
 
 namespace endurance {
 
@@ -17,8 +13,7 @@ platform::MsgBoxResult Agreeing::MsgBox(const QString& prompt, int style, const 
 Counter::Counter(const QString& folder, QDate today)
     : clock(QDateTime(today, QTime(8, 30, 5)))
     , m_gate([this] { m_gate.denied = false; })
-    , m_emitente{QStringLiteral("Auto Posto Três Ipês Ltda"), QStringLiteral("000"), QStringLiteral("111"),
-                 QStringLiteral("Avenida das Acácias, 1500")}
+    , m_emitente{u"Auto Posto Três Ipês Ltda"_s, u"000"_s, u"111"_s, u"Avenida das Acácias, 1500"_s}
 {
     database.emplace(folder);
     database->open(messages);
@@ -28,30 +23,6 @@ Counter::Counter(const QString& folder, QDate today)
     m_window->show();
     m_window->activateWindow();
     settle();
-}
-
-platform::FlexGrid& Counter::grid(const char* name) const
-{
-    return child<platform::FlexGrid>(name);
-}
-
-void Counter::enterReading(int row, const QString& reading) const
-{
-    platform::FlexGrid& flex = grid("flex");
-    flex.setRow(row);
-    flex.setFocus();
-    QTest::keyClick(&flex, Qt::Key_Return);
-    auto& text1 = child<QLineEdit>("Text1");
-    QTest::keyClicks(&text1, reading);
-    QTest::keyClick(&text1, Qt::Key_Return);
-}
-
-void Counter::mark(int row) const
-{
-    platform::FlexGrid& flex2 = grid("flex2");
-    const QModelIndex cell = flex2.model()->index(row - 1, 1);
-    flex2.scrollTo(cell);
-    QTest::mouseClick(flex2.viewport(), Qt::LeftButton, {}, flex2.visualRect(cell).center());
 }
 
 void settle()

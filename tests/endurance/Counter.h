@@ -9,16 +9,7 @@
 #include "support/PrintDoubles.h"
 #include "support/WindowTest.h"
 
-#include <QApplication>
-#include <QTemporaryDir>
-
-#include <functional>
 #include <optional>
-
-namespace platform {
-class DatePicker;
-class FlexGrid;
-} // namespace platform
 
 namespace endurance {
 
@@ -42,14 +33,9 @@ public:
     {
         return support::control<T>(*m_window, name);
     }
-    [[nodiscard]] platform::FlexGrid& grid(const char* name) const;
+    [[nodiscard]] platform::FlexGrid& grid(const char* name) const { return child<platform::FlexGrid>(name); }
     [[nodiscard]] frmprincipal& window() { return *m_window; }
-    [[nodiscard]] ado::Connection& connection() { return services->DataConnection; }
-
-    /// Enter on a row of the pump grid, the reading, Enter.
-    void enterReading(int row, const QString& reading) const;
-    /// The marks of the history, by click.
-    void mark(int row) const;
+    void enterReading(int row, const QString& reading) const { support::enterReading(*m_window, row, reading); }
 
     support::TestClock clock;
     Agreeing messages;
@@ -68,5 +54,17 @@ private:
 
 /// Lets everything pending happen.
 void settle();
+
+/// A window beside the main one, open and loaded; `more` is what its constructor takes beside the services.
+template <typename Window, typename... More>
+std::unique_ptr<Window> opened(Counter& counter, const More&... more)
+{
+    auto window = std::make_unique<Window>(*counter.services, more..., &counter.window());
+    window->show();
+    window->activateWindow();
+    settle();
+    settle();
+    return window;
+}
 
 } // namespace endurance

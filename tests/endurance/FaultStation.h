@@ -30,7 +30,7 @@ private:
     QTemporaryDir m_folder;
     QString m_template;
     QString m_database;
-    QString m_restoring;
+    QStringList m_restoring;
 };
 
 } // namespace endurance

@@ -13,44 +13,27 @@
 #include "registers/frmCadProd.h"
 #include "registers/frmdiversos.h"
 #include "stock/frmControlEstoqueParal.h"
+#include "support/Operator.h"
 
-#include <QAbstractButton>
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
-#include <QLineEdit>
-#include <QTest>
 
 #include <csignal>
 #include <cstdio>
 #include <map>
 
+using namespace Qt::StringLiterals;
+using namespace support;
+
 namespace endurance {
 
 namespace {
-
-using support::control;
 
 const QDate Today(2024, 3, 15);
 
 /// From here on the statements go to the pipe.
 using Begin = std::function<void()>;
-
-template <typename Window, typename... More>
-std::unique_ptr<Window> opened(Counter& counter, const More&... more)
-{
-    auto window = std::make_unique<Window>(*counter.services, more..., &counter.window());
-    window->show();
-    window->activateWindow();
-    settle();
-    settle();
-    return window;
-}
-
-void click(const QWidget& window, const char* button)
-{
-    control<QAbstractButton>(window, button).click();
-}
 
 void set(const QWidget& window, const char* box, const char* text)
 {
@@ -59,16 +42,16 @@ void set(const QWidget& window, const char* box, const char* text)
 
 void closing(Counter& counter, const Begin& begin)
 {
-    counter.enterReading(1, QStringLiteral("1100,5"));
-    counter.enterReading(2, QStringLiteral("12400"));
+    counter.enterReading(1, u"1100,5"_s);
+    counter.enterReading(2, u"12400"_s);
     begin();
     QTest::keyClick(&counter.window(), Qt::Key_F4);
 }
 
 void deletion(Counter& counter, const Begin& begin)
 {
-    counter.mark(1);
-    counter.mark(2);
+    for (const int row : {1, 2})
+        clickRow(counter.grid("flex2"), row);
     begin();
     QTest::keyClick(&counter.grid("flex2"), Qt::Key_Delete);
 }
@@ -78,7 +61,7 @@ void issue(Counter& counter, const Begin& begin)
     counter.grid("FlexD").setRow(1);
     auto& text2 = counter.child<QLineEdit>("Text2");
     text2.setFocus();
-    text2.setText(QStringLiteral("2,5"));
+    text2.setText(u"2,5"_s);
     begin();
     QTest::keyClick(&text2, Qt::Key_Return);
 }
@@ -91,17 +74,17 @@ void pump(Counter& counter, const Begin& begin)
     set(*window, "tx_1", "777,7");
     control<QComboBox>(*window, "Combo2").setCurrentIndex(2);
     begin();
-    click(*window, "Buttom_Mega1");
+    control<QAbstractButton>(*window, "Buttom_Mega1").click();
 }
 
 void product(Counter& counter, const Begin& begin)
 {
     const auto window = opened<frmCadProd>(counter);
-    control<QLabel>(*window, "Label1").setText(QStringLiteral("Etanol"));
+    control<QLabel>(*window, "Label1").setText(u"Etanol"_s);
     set(*window, "Text1", "00102");
     set(*window, "Text2", "4,25");
     begin();
-    click(*window, "Buttom_Mega1");
+    control<QAbstractButton>(*window, "Buttom_Mega1").click();
 }
 
 void item(Counter& counter, const Begin& begin)
@@ -123,7 +106,7 @@ void itemEdit(Counter& counter, const Begin& begin)
     QTest::keyClick(&items, Qt::Key_Space);
     set(*window, "Text4", "33,00");
     begin();
-    click(*window, "Command2");
+    control<QAbstractButton>(*window, "Command2").click();
 }
 
 void ledger(Counter& counter, const Begin& begin)
@@ -132,7 +115,7 @@ void ledger(Counter& counter, const Begin& begin)
     control<platform::ListBox>(*window, "List1").setCurrentRow(0);
     set(*window, "tx_0", "100");
     begin();
-    click(*window, "BTM");
+    control<QAbstractButton>(*window, "BTM").click();
 }
 
 void gauging(Counter& counter, const Begin& begin)
@@ -142,7 +125,7 @@ void gauging(Counter& counter, const Begin& begin)
     lines.setFocus();
     lines.setCurrentRow(1);
     begin();
-    click(*window, "Command1");
+    control<QAbstractButton>(*window, "Command1").click();
 }
 
 void gaugeTable(Counter& counter, const Begin& begin)
@@ -153,56 +136,37 @@ void gaugeTable(Counter& counter, const Begin& begin)
     QTest::keyClick(&lines, Qt::Key_Return);
     set(*window, "Text2", "4321");
     begin();
-    click(*window, "Command1");
+    control<QAbstractButton>(*window, "Command1").click();
 }
 
 const std::map<QString, void (*)(Counter&, const Begin&)>& scenarios()
 {
     static const std::map<QString, void (*)(Counter&, const Begin&)> all{
-        {QStringLiteral("closing"), closing},   {QStringLiteral("deletion"), deletion},
-        {QStringLiteral("issue"), issue},       {QStringLiteral("pump"), pump},
-        {QStringLiteral("product"), product},   {QStringLiteral("item"), item},
-        {QStringLiteral("itemEdit"), itemEdit}, {QStringLiteral("ledger"), ledger},
-        {QStringLiteral("gauging"), gauging},   {QStringLiteral("gaugeTable"), gaugeTable}};
+        {u"closing"_s, closing},   {u"deletion"_s, deletion},
+        {u"issue"_s, issue},       {u"pump"_s, pump},
+        {u"product"_s, product},   {u"item"_s, item},
+        {u"itemEdit"_s, itemEdit}, {u"ledger"_s, ledger},
+        {u"gauging"_s, gauging},   {u"gaugeTable"_s, gaugeTable}};
     return all;
 }
 
-/// Types the password when its window comes up, and closes the main window when that does.
-class Operator : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() != QEvent::Show)
-            return false;
-        if (watched->objectName() == u"frmsenha") {
-            const auto type = [watched] {
-                auto& box = *watched->findChild<QLineEdit*>(QStringLiteral("Text1"));
-                box.setText(QStringLiteral("1234"));
-                QTest::keyClick(&box, Qt::Key_Return);
-                if (watched->property("visible").toBool()) // Refused: there is nothing more to try.
-                    QTest::keyClick(&box, Qt::Key_Escape);
-            };
-            QMetaObject::invokeMethod(watched, type, Qt::QueuedConnection);
-        } else if (watched->objectName() == u"frmprincipal") {
-            QMetaObject::invokeMethod(watched, "close", Qt::QueuedConnection);
-        }
-        return false;
-    }
-};
-
 int startProgram(const QString& folder, Agreeing& messages)
 {
-    support::TestClock clock{QDateTime(Today, QTime(9, 0))};
+    TestClock clock{QDateTime(Today, QTime(9, 0))};
     platform::ApplicationEvents events;
-    support::TestChooser chooser;
-    support::TestDefaultPrinter defaultPrinter;
-    support::TestSpooler spooler;
+    TestChooser chooser;
+    TestDefaultPrinter defaultPrinter;
+    TestSpooler spooler;
     Operator person;
-    qApp->installEventFilter(&person);
-    const int result = ModConec::Main({folder, messages, clock, events, {chooser, defaultPrinter, spooler}});
-    qApp->removeEventFilter(&person);
-    return result;
+    person.when("frmsenha", [](QWidget& prompt) {
+        auto& box = control<QLineEdit>(prompt, "Text1");
+        box.setText(u"1234"_s);
+        QTest::keyClick(&box, Qt::Key_Return);
+        if (prompt.isVisible()) // Refused: there is nothing more to try.
+            QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    person.when("frmprincipal", [](QWidget& window) { window.close(); });
+    return ModConec::Main({folder, messages, clock, events, {chooser, defaultPrinter, spooler}});
 }
 
 void tell(const Agreeing& messages)

@@ -16,6 +16,8 @@
 #include <csignal>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace endurance {
 
 namespace {
@@ -25,7 +27,7 @@ constexpr int Patience = 120'000; // Milliseconds; a machine may be busy with ot
 } // namespace
 
 StatementGate::StatementGate(const QString& scenario, const QString& folder, unsigned user, const QString& systemFault)
-    : m_pipe(QFile::encodeName(m_folder.filePath(QStringLiteral("statements"))))
+    : m_pipe(QFile::encodeName(m_folder.filePath(u"statements"_s)))
 {
     makePipe();
     if (user != 0)
@@ -37,7 +39,7 @@ StatementGate::StatementGate(const QString& scenario, const QString& folder, uns
     });
     m_process.setProcessChannelMode(QProcess::SeparateChannels);
     m_process.start(QCoreApplication::applicationFilePath(),
-                    {QStringLiteral("--child"), scenario, folder, QString::fromLocal8Bit(m_pipe), systemFault});
+                    {u"--child"_s, scenario, folder, QString::fromLocal8Bit(m_pipe), systemFault});
     if (!m_process.waitForStarted())
         throw std::runtime_error("the child does not start");
 }
@@ -50,7 +52,7 @@ StatementGate::~StatementGate()
 /// The system call that the child waits in, with its arguments; empty while it runs.
 QByteArray StatementGate::blockedIn() const
 {
-    QFile file(QStringLiteral("/proc/%1/syscall").arg(pid()));
+    QFile file(u"/proc/%1/syscall"_s.arg(pid()));
     const QByteArray line = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     return line.startsWith(QByteArray::number(SYS_openat) + ' ') ? line : QByteArray();
 }

@@ -25,6 +25,7 @@
 #include <functional>
 #include <thread>
 
+using namespace Qt::StringLiterals;
 using endurance::FaultStation;
 using endurance::StatementGate;
 
@@ -70,7 +71,7 @@ private:
     static bool startsAgain(const FaultStation& station)
     {
         const QStringList before = station.contents();
-        StatementGate child(QStringLiteral("start"), station.folder());
+        StatementGate child(u"start"_s, station.folder());
         const bool ended = child.runToTheEnd();
         return ended && child.exitCode() == 0 && child.boxes().isEmpty() && station.contents() == before;
     }
@@ -79,7 +80,7 @@ private:
     {
         QTest::addColumn<QString>("backEnd");
         QTest::addColumn<QString>("scenario");
-        for (const QString& backEnd : {QStringLiteral("access"), QStringLiteral("mysql")}) {
+        for (const QString& backEnd : {u"access"_s, u"mysql"_s}) {
             for (const QString& scenario : endurance::scenarioNames()) {
                 if (isFull() || scenario == u"closing")
                     QTest::addRow("%s %s", qPrintable(backEnd), qPrintable(scenario)) << backEnd << scenario;
@@ -103,7 +104,7 @@ private:
         for (int statement = 1; statement <= statements; ++statement) {
             if (!isFull() && statement % fault.stride != fault.stride - 1 && fault.stride > 1)
                 continue;
-            const QString where = QStringLiteral("%1, %2, statement %3").arg(scenario, fault.name).arg(statement);
+            const QString where = u"%1, %2, statement %3"_s.arg(scenario, fault.name).arg(statement);
             station.restore();
             ++m_tried;
             StatementGate child(scenario, station.folder());
@@ -117,10 +118,10 @@ private:
             fault.repair();
             const QStringList& expected = fault.passes ? contents.last() : contents[statement - 1];
             QVERIFY2(station.contents() == expected,
-                     qPrintable(where + QStringLiteral("\nthere:\n") + station.contents().join(u'\n') +
-                                QStringLiteral("\nexpected:\n") + expected.join(u'\n')));
+                     qPrintable(where + u"\nthere:\n"_s + station.contents().join(u'\n') + u"\nexpected:\n"_s +
+                                expected.join(u'\n')));
             // Every failure of a statement is told; a killed process and a slow server tell nothing.
-            QVERIFY2(startsAgain(station), qPrintable(where + QStringLiteral(": the program does not start again")));
+            QVERIFY2(startsAgain(station), qPrintable(where + u": the program does not start again"_s));
             ++m_survived;
         }
     }
@@ -139,12 +140,11 @@ private Q_SLOTS:
         QVERIFY(contents.first() != contents.last()); // The scenario has saved something.
 
         const auto nothing = [] {};
-        QList<Fault> faults{{QStringLiteral("killed"), [](StatementGate& child) { child.kill(); }, nothing, false, 3}};
+        QList<Fault> faults{{u"killed"_s, [](StatementGate& child) { child.kill(); }, nothing, false, 3}};
         if (station.isMySql()) {
-            faults << Fault{QStringLiteral("server killed"), [](StatementGate&) { server().kill(); },
-                            [] { server().start(); }, false, 6};
-            faults << Fault{QStringLiteral("server restarted"), [](StatementGate&) { server().restart(); }, nothing,
-                            false, 8};
+            faults << Fault{u"server killed"_s, [](StatementGate&) { server().kill(); }, [] { server().start(); },
+                            false, 6};
+            faults << Fault{u"server restarted"_s, [](StatementGate&) { server().restart(); }, nothing, false, 8};
             const auto mute = [](StatementGate&) {
                 server().pause();
                 std::thread([] {
@@ -152,7 +152,7 @@ private Q_SLOTS:
                     server().resume();
                 }).detach();
             };
-            faults << Fault{QStringLiteral("server slow"), mute, nothing, true, 5};
+            faults << Fault{u"server slow"_s, mute, nothing, true, 5};
         } else {
             const auto full = [](rlim_t bytes) {
                 return [bytes](StatementGate& child) {
@@ -160,12 +160,12 @@ private Q_SLOTS:
                     ::prlimit(static_cast<pid_t>(child.pid()), RLIMIT_FSIZE, &limit, nullptr);
                 };
             };
-            faults << Fault{QStringLiteral("disk full"), full(0), nothing, false, 4};
-            faults << Fault{QStringLiteral("disk full in the journal"), full(3000), nothing, false, 5};
+            faults << Fault{u"disk full"_s, full(0), nothing, false, 4};
+            faults << Fault{u"disk full in the journal"_s, full(3000), nothing, false, 5};
             // The open file lives on without its name; kept under another one, it is looked at afterwards.
             const QByteArray name = QFile::encodeName(station.database());
             const QByteArray other = name + ".other";
-            faults << Fault{QStringLiteral("file removed"),
+            faults << Fault{u"file removed"_s,
                             [=](StatementGate&) {
                                 ::link(name.constData(), other.constData());
                                 ::unlink(name.constData());
@@ -183,8 +183,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("scenario");
         QTest::addColumn<QString>("kind");
-        for (const QString& scenario : endurance::scenarioNames() + QStringList{QStringLiteral("start")}) {
-            for (const QString& kind : {QStringLiteral("kill"), QStringLiteral("change"), QStringLiteral("read")}) {
+        for (const QString& scenario : endurance::scenarioNames() + QStringList{u"start"_s}) {
+            for (const QString& kind : {u"kill"_s, u"change"_s, u"read"_s}) {
                 // Starting on a station that is up to date changes nothing.
                 if ((isFull() || scenario == u"closing") && (scenario != u"start" || kind == u"read"))
                     QTest::addRow("%s %s", qPrintable(scenario), qPrintable(kind)) << scenario << kind;
@@ -197,21 +197,21 @@ private Q_SLOTS:
     {
         QFETCH(QString, scenario);
         QFETCH(QString, kind);
-        if (const QString missing = support::BothBackEnds::missing(QStringLiteral("access")); !missing.isEmpty())
+        if (const QString missing = support::BothBackEnds::missing(u"access"_s); !missing.isEmpty())
             QSKIP(qPrintable(missing));
         const FaultStation station(false);
         QList<QStringList> contents = undisturbed(station, scenario);
         if (scenario == u"gauging") {
             // The dip is replaced: between its Delete and the row that Update adds the program does not stand still.
-            const QStringList kept = contents.first().filter(QRegularExpression(QStringLiteral("^(?!tabafer )")));
+            const QStringList kept = contents.first().filter(QRegularExpression(u"^(?!tabafer )"_s));
             contents.insert(contents.indexOf(contents.last()), kept);
         }
         qsizetype reached = 0;
         int struck = 0;
         for (;; ++struck) {
-            const QString where = QStringLiteral("%1, %2 %3").arg(scenario, kind).arg(struck + 1);
+            const QString where = u"%1, %2 %3"_s.arg(scenario, kind).arg(struck + 1);
             station.restore();
-            StatementGate child(scenario, station.folder(), 0, QStringLiteral("%1 %2").arg(kind).arg(struck + 1));
+            StatementGate child(scenario, station.folder(), 0, u"%1 %2"_s.arg(kind).arg(struck + 1));
             const bool ended = child.runToTheEnd();
             if (ended && child.exitCode() != endurance::Struck)
                 break; // There were no more calls.
@@ -226,7 +226,7 @@ private Q_SLOTS:
             QVERIFY2(kind == u"kill" || found == contents.last() || !child.boxes().isEmpty(), qPrintable(where));
             reached = position;
             if (isFull() || struck % 8 == 0)
-                QVERIFY2(startsAgain(station), qPrintable(where + QStringLiteral(": it does not start again")));
+                QVERIFY2(startsAgain(station), qPrintable(where + u": it does not start again"_s));
             ++m_survived;
         }
         qInfo("%d calls", struck);
@@ -239,10 +239,10 @@ private Q_SLOTS:
     {
         const FaultStation station(false);
         ++m_tried;
-        StatementGate child(QStringLiteral("start"), station.folder()); // Never copied to its place.
+        StatementGate child(u"start"_s, station.folder()); // Never copied to its place.
         QVERIFY(child.runToTheEnd());
         QCOMPARE(child.exitCode(), 1);
-        QVERIFY(child.boxes().startsWith(QStringLiteral("box: Erro em tempo de execução '")));
+        QVERIFY(child.boxes().startsWith(u"box: Erro em tempo de execução '"_s));
         station.restore();
         QVERIFY(startsAgain(station));
         ++m_survived;
@@ -272,7 +272,7 @@ private Q_SLOTS:
             if (child.exitCode() == 99 || (::geteuid() == 0 && !ended))
                 QSKIP("this process cannot run as somebody else");
             QVERIFY(ended);
-            QVERIFY2(child.boxes().contains(QStringLiteral("Erro em tempo de execução")), qPrintable(child.boxes()));
+            QVERIFY2(child.boxes().contains(u"Erro em tempo de execução"_s), qPrintable(child.boxes()));
         }
         QCOMPARE(station.contents(), before);
         QVERIFY(startsAgain(station));

@@ -31,8 +31,8 @@
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // NOLINT: the compiler's; it brings no header
 #endif
 
+using namespace Qt::StringLiterals;
 using endurance::Counter;
-using endurance::settle;
 using support::control;
 
 namespace {
@@ -64,7 +64,7 @@ qint64 memoryBytes()
     return static_cast<qint64>(__sanitizer_get_current_allocated_bytes());
 #else
     malloc_trim(0);
-    QFile file(QStringLiteral("/proc/self/statm"));
+    QFile file(u"/proc/self/statm"_s);
     return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() * 4096 : 0;
 #endif
 }
@@ -93,34 +93,30 @@ private:
     static void makeStation(support::BothBackEnds& database)
     {
         support::makeStation(database);
-        QStringList lines;
-        for (int product = 0; product < Products; ++product) {
-            const QString code = QString::number(FirstStockCode + product);
-            lines << QStringLiteral("Insert into CadProdComb (Descritivo, codprod, valor, codigoEstoque) values "
-                                    "('Combustivel %1', %2, 5.5, %2)")
-                         .arg(product)
-                         .arg(code)
-                  << QStringLiteral("Insert into Estoque (codigo, Discriminacao, quantidade, valorvenda) values "
-                                    "(%1, 'Combustivel', %2, 5.5)")
-                         .arg(code)
-                         .arg(OpeningStock / 100);
+        const auto insert = [&](const QString& table, const QString& columns, const QStringList& rows) {
+            database.script(support::inserts(database.isMySql(), table, columns, rows));
+        };
+        QStringList products;
+        QStringList stock;
+        for (int code = FirstStockCode; code < FirstStockCode + Products; ++code) {
+            products << u"'Combustivel', %1, 5.5, %1"_s.arg(code);
+            stock << u"%1, 'Combustivel', %2, 5.5"_s.arg(code).arg(OpeningStock / 100);
         }
-        for (int pump = 0; pump < Pumps; ++pump) {
-            lines << QStringLiteral("Insert into PlanilhaPosto (numeroDispositivo, Descritivo, Leitura, ProdVinculado, "
-                                    "tanq) values (%1, 'Bomba %1', '1000', %2, 'TANQUE_%3')")
-                         .arg(pump + 1)
+        insert(u"CadProdComb"_s, u"Descritivo, codprod, valor, codigoEstoque"_s, products);
+        insert(u"Estoque"_s, u"codigo, Discriminacao, quantidade, valorvenda"_s, stock);
+        QStringList pumps;
+        for (int pump = 0; pump < Pumps; ++pump)
+            pumps << u"%1, 'Bomba %1', '1000', %2, 'TANQUE_%3'"_s.arg(pump + 1)
                          .arg(FirstStockCode + pump % Products)
                          .arg(pump % 5 + 1);
-        }
+        insert(u"PlanilhaPosto"_s, u"numeroDispositivo, Descritivo, Leitura, ProdVinculado, tanq"_s, pumps);
+        QStringList gauge;
         for (int line = 1; line <= 100; ++line)
-            lines << QStringLiteral("Insert into TANQUE_1 (cdI, cmA, ltsA) values (%1, %1, '%2')")
-                         .arg(line)
-                         .arg(line * 37);
-        lines << QStringLiteral("Insert into EstoqueDiversos (codigo, discriminacao, quantidade) values "
-                                "(%1, 'Aditivo', '90.000,00')")
-                     .arg(ItemCode)
-              << QStringLiteral("Insert into Fornece (razao) values ('Distribuidora')");
-        database.script(lines);
+            gauge << u"%1, %1, '%2'"_s.arg(line).arg(line * 37);
+        insert(u"TANQUE_1"_s, u"cdI, cmA, ltsA"_s, gauge);
+        insert(u"EstoqueDiversos"_s, u"codigo, discriminacao, quantidade"_s,
+               {u"%1, 'Aditivo', '90.000,00'"_s.arg(ItemCode)});
+        insert(u"Fornece"_s, u"razao"_s, {u"'Distribuidora'"_s});
     }
 
     qint64 amount(int least, int most) { return std::uniform_int_distribution<int>(least, most)(m_random); }
@@ -135,8 +131,7 @@ private:
             m_books.meters[static_cast<size_t>(pump)] += litres.back();
             m_books.sold[static_cast<size_t>(pump % Products)] += litres.back();
             const qint64 meter = m_books.meters[static_cast<size_t>(pump)];
-            counter.enterReading(pump + 1,
-                                 QStringLiteral("%1,%2").arg(meter / 100).arg(meter % 100, 2, 10, QChar(u'0')));
+            counter.enterReading(pump + 1, u"%1,%2"_s.arg(meter / 100).arg(meter % 100, 2, 10, QChar(u'0')));
         }
         QCOMPARE(counter.grid("flexG").Rows(), Pumps + 1);
         QTest::keyClick(&counter.window(), Qt::Key_F4);
@@ -154,7 +149,7 @@ private:
         counter.child<platform::DatePicker>("dtpI_1").setValue(day);
         counter.child<platform::DatePicker>("dtpI_0").setValue(day);
         for (int row = 1; row <= Deleted; ++row)
-            counter.mark(row);
+            support::clickRow(counter.grid("flex2"), row);
         QTest::keyClick(&counter.grid("flex2"), Qt::Key_Delete);
         QCOMPARE(counter.grid("flex2").Rows(), Pumps + 1 - Deleted);
         QCOMPARE(counter.child<QLabel>("Label10").text(), shown(all));
@@ -163,18 +158,15 @@ private:
 
     void moveTheStock(Counter& counter)
     {
-        frmControlEstoqueParal ledger(*counter.services, PrintListing(), &counter.window());
-        ledger.show();
-        settle();
-        settle();
-        auto& products = control<platform::ListBox>(ledger, "List1");
+        const auto ledger = endurance::opened<frmControlEstoqueParal>(counter, PrintListing());
+        auto& products = control<platform::ListBox>(*ledger, "List1");
         QCOMPARE(products.count(), Products);
         products.setCurrentRow(0);
         const qint64 delivered = amount(1, 9'999'999);
-        control<QLineEdit>(ledger, "tx_0").setText(shown(delivered));
-        control<QAbstractButton>(ledger, "BTM").click();
+        control<QLineEdit>(*ledger, "tx_0").setText(shown(delivered));
+        control<QAbstractButton>(*ledger, "BTM").click();
         m_books.credits += delivered;
-        ledger.close();
+        ledger->close();
 
         counter.child<QAbstractButton>("Buttom_Mega2").click();
         auto& text2 = counter.child<QLineEdit>("Text2");
@@ -187,23 +179,20 @@ private:
 
     void dip(Counter& counter, QDate day)
     {
-        frmReguaL gauging(*counter.services, &counter.window());
-        gauging.show();
-        settle();
-        settle();
-        control<platform::DatePicker>(gauging, "DTP").setValue(day);
-        auto& lines = control<QListWidget>(gauging, "List1");
+        const auto gauging = endurance::opened<frmReguaL>(counter);
+        control<platform::DatePicker>(*gauging, "DTP").setValue(day);
+        auto& lines = control<QListWidget>(*gauging, "List1");
         QCOMPARE(lines.count(), 100);
         lines.setFocus();
         lines.setCurrentRow(static_cast<int>(day.toJulianDay() % 100));
-        control<QAbstractButton>(gauging, "Command1").click();
-        QCOMPARE(control<platform::FlexGrid>(gauging, "flex").Rows(), 2);
-        gauging.close();
+        control<QAbstractButton>(*gauging, "Command1").click();
+        QCOMPARE(control<platform::FlexGrid>(*gauging, "flex").Rows(), 2);
+        gauging->close();
     }
 
     void printTheSheet(Counter& counter)
     {
-        const QString paper = m_papers.filePath(QStringLiteral("planilha.pdf"));
+        const QString paper = m_papers.filePath(u"planilha.pdf"_s);
         QFile::remove(paper);
         counter.chooser.answer.fileName = paper;
         counter.child<QAbstractButton>("Buttom_Mega3").click();
@@ -276,7 +265,7 @@ private Q_SLOTS:
         }
         const qint64 end = memoryBytes();
         for (const QString& said : std::as_const(counter.messages.said))
-            QVERIFY2(!said.contains(QStringLiteral("Erro")), qPrintable(said));
+            QVERIFY2(!said.contains(u"Erro"_s), qPrintable(said));
         compareBooks(database, days);
         qInfo("%d days in %.0f s; memory %.1f MB at half time, %.1f MB at the end", days,
               static_cast<double>(clock.elapsed()) / 1000, static_cast<double>(halfTime) / 1e6,

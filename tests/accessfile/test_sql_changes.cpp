@@ -107,19 +107,14 @@ void TestSqlChanges::assigns_data()
     row("DOUBLE", "' R$ 1.234,5- '", "-1234.5");
     row("DOUBLE", "'1.5'", "15.0"); // a point is no decimal sign here
     row("DOUBLE", "''", mismatch);
-    row("DOUBLE", "'5,4,9'", mismatch);
     row("DOUBLE", "#01/02/1900#", "3.0");
     row("DOUBLE", "True", "-1.0");
     row("DOUBLE", "1e999", overflow);
     row("DATETIME", "'15/03/2024 '", "@2024-03-15");
     row("DATETIME", "'15/03/2024 06:30:15'", "@2024-03-15 06:30:15");
-    row("DATETIME", "'03/15/2024'", "@2024-03-15");
-    row("DATETIME", "'2024-03-15'", "@2024-03-15");
     row("DATETIME", "#03/04/2024#", "@2024-03-04");
     row("DATETIME", "'03/04/2024'", "@2024-04-03");
     row("DATETIME", "45366.25", "@2024-03-15 06:00:00");
-    row("DATETIME", "'31/02/2024'", mismatch);
-    row("DATETIME", "' '", mismatch);
     row("DATETIME", "'45366'", mismatch);
     row("DATETIME", "3000000", overflow);
     row("LONG", "'00012'", "12");

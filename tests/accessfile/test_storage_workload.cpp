@@ -114,19 +114,21 @@ public:
     {
         auto entry = m_models.begin();
         std::advance(entry, static_cast<std::ptrdiff_t>(m_maker.below(m_models.size())));
+        auto& [name, model] = *entry;
+        Table& table = *m_storage->table(name);
         const std::size_t kind = m_maker.below(1000);
         if (kind < 5)
-            define(entry->first, entry->second);
+            define(name, model);
         else if (kind < 25)
-            undone(entry->first, entry->second);
+            undone(table, model);
         else if (kind < 60)
-            search(*m_storage->table(entry->first), entry->second);
-        else if (entry->second.rows.size() < 40 + m_maker.below(700))
-            insert(*m_storage->table(entry->first), entry->second);
+            search(table, model);
+        else if (model.rows.size() < 40 + m_maker.below(700))
+            insert(table, model);
         else if (kind % 3 == 0)
-            erase(*m_storage->table(entry->first), entry->second);
+            erase(table, model);
         else
-            update(*m_storage->table(entry->first), entry->second);
+            update(table, model);
     }
 
     [[nodiscard]] QString difference()
@@ -224,17 +226,16 @@ private:
     }
 
     /// Several changes that are taken back.
-    void undone(const std::string& name, const Model& model)
+    void undone(Table& table, Model copy)
     {
-        Model copy = model;
         m_storage->beginStatement();
         for (int i = 0; i < 8; ++i) {
             if (copy.rows.size() < 20 || i % 2 == 0)
-                insert(*m_storage->table(name), copy);
+                insert(table, copy);
             else if (i % 3 == 0)
-                erase(*m_storage->table(name), copy);
+                erase(table, copy);
             else
-                update(*m_storage->table(name), copy);
+                update(table, copy);
         }
         m_storage->rollbackStatement();
     }

@@ -131,6 +131,8 @@ private Q_SLOTS:
             auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             QVERIFY(box);
             QVERIFY(QTest::qWaitForWindowActive(box));
+            // Answered first, so that a failure below leaves no box open.
+            QTest::keyClick(box->window()->focusWidget(), static_cast<Qt::Key>(key));
             QCOMPARE(box->parentWidget(), static_cast<QWidget*>(&window));
             QCOMPARE(box->windowTitle(), QStringLiteral("Planilha de Bombas"));
             QCOMPARE(box->text(), QStringLiteral("Linha <b>um</b> & \nlinha dois"));
@@ -140,7 +142,6 @@ private Q_SLOTS:
             for (const QAbstractButton* const button : box->buttons())
                 texts.append(button->text());
             QCOMPARE(texts, buttons);
-            QTest::keyClick(box->window()->focusWidget(), static_cast<Qt::Key>(key));
         });
         QCOMPARE(messageBoxes().MsgBox(QStringLiteral("Linha <b>um</b> & \r\nlinha dois"), style), result);
         QVERIFY(QTest::qWaitForWindowActive(&window));

@@ -4,6 +4,7 @@
 #include "platform/ui/FlexGrid.h"
 #include "platform/vb/Error.h"
 #include "shared/Emitente.h"
+#include "shared/ListEntry.h"
 #include "shared/Module1.h"
 #include "shared/StationWindow.h"
 #include "shared/StockHelpers.h"
@@ -61,6 +62,15 @@ private Q_SLOTS:
         QLineEdit box(text);
         QCOMPARE(Module1::filtra_numero(box, key.unicode()), passed.unicode());
         QTEST(box.text(), "left");
+    }
+
+    void listEntries()
+    {
+        const QString entry = Module1::listEntry(7, u"Óleo - 1 L"_s);
+        QCOMPARE(entry, u"00007 - Óleo - 1 L"_s);
+        QCOMPARE(Module1::entryCode(entry), u"00007"_s);
+        QCOMPARE(Module1::entryDescription(entry), u"Óleo - 1 L"_s);
+        QCOMPARE(Module1::entryDescription(u"0000"_s), QString());
     }
 
     void gridHelpers()

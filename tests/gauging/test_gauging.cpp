@@ -215,8 +215,8 @@ private Q_SLOTS:
         station.trace.clear();
         const QString select = u"open Select * from tabafer where tanque = 'TANQUE_1' and dataf = "_s + station.today();
         QCOMPARE(station.told([&] { click(*gauging.window, "Command1"); }, MsgBoxResult::Cancel),
-                 QStringList{u"49 Já existe na base de dados uma leitura para TANQUE_1 nesta mesma data de "
-                             u"14/03/2026 deseja substituir o registro existe?"_s});
+                 u"49 Já existe na base de dados uma leitura para TANQUE_1 nesta mesma data de "
+                 u"14/03/2026 deseja substituir o registro existe?"_s);
         QCOMPARE(station.statements(), QStringList{select});
         QCOMPARE(station.readings(), QStringList{u"0|0|TANQUE_1"_s});
 
@@ -253,7 +253,7 @@ private Q_SLOTS:
         const Gauging gauging(station);
         const auto& confirm = gauging.at<QPushButton>("Command1");
         gauging.at<QComboBox>("Combo1").setFocus();
-        QCOMPARE(station.told([&] { press(Qt::Key_Down); }), QStringList{NoTable});
+        QCOMPARE(station.told([&] { press(Qt::Key_Down); }), NoTable);
         QVERIFY(!confirm.isEnabled() && gauging.lines().isEmpty());
         press(Qt::Key_Up);
         QVERIFY(confirm.isEnabled());
@@ -261,7 +261,7 @@ private Q_SLOTS:
 
         gauging.at<QComboBox>("Combo1").setCurrentIndex(3);
         QVERIFY(confirm.isEnabled());
-        const QString box = station.told([] { press(Qt::Key_Up); }).join(u'\n');
+        const QString box = station.told([] { press(Qt::Key_Up); });
         QVERIFY(box.startsWith(u"16 Erro em tempo de execução"_s) && box.contains(u"TANQUE_3"_s, Qt::CaseInsensitive));
         QVERIFY(!confirm.isEnabled() && gauging.lines().isEmpty() && gauging.window->isVisible());
     }

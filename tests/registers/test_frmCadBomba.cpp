@@ -155,7 +155,7 @@ private Q_SLOTS:
         pumps.tx(1).setText(u"0"_s);
         pumps.tank.setCurrentIndex(0);
         QCOMPARE(pumps.told([&] { click(pumps.window, "Buttom_Mega1"); }),
-                 QStringList({u"0 É necessário inserir produto vinculado ao dispositivo"_s}));
+                 u"0 É necessário inserir produto vinculado ao dispositivo"_s);
     }
 
     void choosing()
@@ -236,7 +236,7 @@ private Q_SLOTS:
     {
         FRESH_STATION(Register, pumps);
         (void)pumps.statements();
-        QCOMPARE(pumps.told([&] { click(pumps.window, "Command1"); }), QStringList({u"0 Concluido"_s}));
+        QCOMPARE(pumps.told([&] { click(pumps.window, "Command1"); }), u"0 Concluido"_s);
         QCOMPARE(pumps.statements(),
                  QStringList({u"exec Update planilhaposto set datainsert = '"_s + pumps.storedDate() + u'\''}));
         const QString day = pumps.shownDate(QDate(2026, 3, 14));
@@ -245,7 +245,7 @@ private Q_SLOTS:
         for (const MsgBoxResult answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
             QCOMPARE(pumps.pumps().size(), 3);
             QCOMPARE(pumps.told([&] { click(pumps.window, "Buttom_Mega2"); }, answer),
-                     QStringList({u"4 Esta operação irá excluir a leitura atual, para renovação de dados"_s}));
+                     u"4 Esta operação irá excluir a leitura atual, para renovação de dados"_s);
         }
         QCOMPARE(pumps.statements(), QStringList({u"exec Delete from planilhaposto"_s, SelectPumps}));
         QVERIFY(pumps.pumps().isEmpty());

@@ -87,13 +87,13 @@ struct WindowTest
         messages.clear();
         return texts;
     }
-    /// What one box tells while something is done; it is answered so.
-    [[nodiscard]] QStringList told(const std::function<void()>& act,
-                                   platform::MsgBoxResult answer = platform::MsgBoxResult::Ok)
+    /// What one box tells while something is done; it is answered so. Of more boxes, each is a line.
+    [[nodiscard]] QString told(const std::function<void()>& act,
+                               platform::MsgBoxResult answer = platform::MsgBoxResult::Ok)
     {
         messages.expect(answer);
         act();
-        return boxes();
+        return boxes().join(u'\n');
     }
 };
 

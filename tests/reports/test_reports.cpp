@@ -201,13 +201,19 @@ private Q_SLOTS:
             int rows, items, pages;
         };
         for (const Case& row : {Case{"sheet", 0, 0, 1},
+                                {"sheet", 1, 0, 1},
+                                {"sheet", 10, 0, 1},
                                 {"sheet", 40, 0, 1},
                                 {"sheet", 200, 0, 3},
                                 {"check-list", 0, 0, 1},
+                                {"check-list", 1, 1, 1},
+                                {"check-list", 10, 10, 1},
                                 {"check-list", 40, 10, 2},
                                 {"check-list", 10, 40, 2},
                                 {"check-list", 200, 40, 7},
                                 {"ledger", 0, 0, 1},
+                                {"ledger", 1, 0, 1},
+                                {"ledger", 10, 0, 1},
                                 {"ledger", 40, 0, 2},
                                 {"ledger", 200, 0, 5}})
             QTest::addRow("%s %d+%d", row.report, row.rows, row.items)

@@ -8,6 +8,8 @@ function(planilha_library name)
     target_link_libraries(${name} PRIVATE plain_flags PUBLIC ${ARG_LINKS})
   else()
     set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+    # Under Ninja moc would look again only into the headers that it knew: a new one is found after each configuring.
+    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/timestamp)
     target_link_libraries(${name} PRIVATE qt_flags PUBLIC ${ARG_LINKS})
   endif()
 endfunction()

@@ -120,7 +120,7 @@ int runStart(const QString& folder)
 }
 
 Desk::Desk(const BenchStation& station)
-    : m_gate([this] { m_gate.denied = false; })
+    : m_gate([] { return SupervisorAnswer::Granted; })
     , m_emitente{QStringLiteral("Auto Posto Três Ipês Ltda"), QStringLiteral("000"), QStringLiteral("111"),
                  QStringLiteral("Avenida das Acácias, 1500")}
 {

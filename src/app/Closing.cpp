@@ -2,9 +2,9 @@
 
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
-#include "platform/ui/FlexGrid.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/EntryGrid.h"
 #include "shared/Services.h"
 
 namespace Closing {
@@ -31,18 +31,13 @@ void deductFromStock(ado::Connection& connection, double stockCode, const QStrin
 
 } // namespace
 
-Line lineOf(const platform::FlexGrid& flexG, int row)
-{
-    return {flexG.TextMatrix(row, 1), flexG.TextMatrix(row, 2), flexG.TextMatrix(row, 3), flexG.TextMatrix(row, 4),
-            flexG.TextMatrix(row, 5), flexG.TextMatrix(row, 7), flexG.TextMatrix(row, 8)};
-}
-
-void write(const Services& services, const Line& line, const QString& dateTime, double stockCode, bool deduct)
+void write(const Services& services, const EntryGrid::Line& line, const QString& dateTime, double stockCode,
+           bool deduct)
 {
     const QString previous = shown(line.previous);
     const QString current = shown(line.current);
     const QString litres = shown(line.litres);
-    const QString unitPrice = shown(line.unitPrice);
+    const QString unitPrice = shown(line.price);
 
     // Every value, numbers included, is a quoted text; the unit price is kept in the column Obs.
     services.DataConnection.Execute(

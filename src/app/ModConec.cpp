@@ -8,32 +8,11 @@
 #include "registers/frmsenha.h"
 #include "shared/Emitente.h"
 #include "shared/Services.h"
-#include "shared/SupervisorGate.h"
 
 #include <QApplication>
 #include <QEventLoop>
 
 namespace ModConec {
-
-namespace {
-
-/// True when the supervisor has not been recognised. Raises what the database raises.
-bool deniedAtStart(const Services& services, SupervisorGate& gate, const Emitente& emitente)
-{
-    gate.setPrompt([&] {
-        frmsenha prompt(services, gate, emitente, frmsenha::OnError::CloseAndRethrow);
-        prompt.exec();
-        prompt.rethrowError();
-    });
-    const bool denied = gate.RequireSupervisor();
-    gate.setPrompt([&] {
-        frmsenha prompt(services, gate, emitente, frmsenha::OnError::TellAndStay, QApplication::activeWindow());
-        prompt.exec();
-    });
-    return denied;
-}
-
-} // namespace
 
 int Main(const Environment& environment)
 {
@@ -46,9 +25,9 @@ int Main(const Environment& environment)
 
     const Services services{database.DataConnection(), database.dialect(), environment.messages, environment.clock,
                             environment.events};
-    SupervisorGate gate;
+    const SupervisorGate gate([&] { return frmsenha::ask(services, emitente, QApplication::activeWindow()); });
     bool denied = true;
-    if (!platform::orEndProgram(environment.messages, [&] { denied = deniedAtStart(services, gate, emitente); }))
+    if (!platform::orEndProgram(environment.messages, [&] { denied = gate.RequireSupervisor(); }))
         return 1;
     if (denied)
         return 0;

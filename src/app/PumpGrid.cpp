@@ -22,7 +22,7 @@ QString price(ado::Connection& connection, const vb::Variant& stockCode)
     return vb::Format(value, u"##,#0.00");
 }
 
-/// The one character behind "TANQUE_": a tank of two digits shows its first one, deliberately.
+/// The one character behind "TANQUE_": tank 12 shows as 1.
 QString tankDigit(const QString& tank)
 {
     return tank.mid(7, 1);

@@ -8,6 +8,7 @@
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
+#include "shared/EntryGrid.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 
@@ -24,7 +25,7 @@ constexpr auto BlinkInterval = std::chrono::milliseconds(500);
 
 } // namespace
 
-frmprincipal::frmprincipal(const Services& services, data::StationDatabase& database, SupervisorGate& gate,
+frmprincipal::frmprincipal(const Services& services, data::StationDatabase& database, const SupervisorGate& gate,
                            const Emitente& emitente, const platform::Printers& printers)
     : m_ui(std::make_unique<Ui::frmprincipal>())
     , m_services(services)
@@ -42,7 +43,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     m_ui->flex->setStretchColumn(PumpGrid::Description);
     m_ui->flex2->setStretchColumn(HistoryRows::Description);
     m_ui->FlexD->setStretchColumn(1);
-    m_ui->flexG->setStretchColumn(7);
+    m_ui->flexG->setStretchColumn(EntryGrid::Tank);
 
     new platform::KeyFilter(m_ui->Text1, [this](int code) { return text1Key(code); });
     new platform::KeyFilter(m_ui->Text2, [](int code) { return code; }); // For the keypad's decimal key.
@@ -164,7 +165,7 @@ bool frmprincipal::previewKey(const QKeyEvent& event)
         return false;
     switch (event.key()) {
     case Qt::Key_F4:
-        // No password here, unlike the button: deliberate.
+        // The key closes without the password that the button asks for.
         if (!event.isAutoRepeat())
             handle([this] { fecha_l(); });
         return true;

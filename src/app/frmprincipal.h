@@ -40,7 +40,7 @@ class frmprincipal : public QMainWindow
     Q_OBJECT
 
 public:
-    frmprincipal(const Services& services, data::StationDatabase& database, SupervisorGate& gate,
+    frmprincipal(const Services& services, data::StationDatabase& database, const SupervisorGate& gate,
                  const Emitente& emitente, const platform::Printers& printers);
     ~frmprincipal() override;
 
@@ -59,6 +59,9 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    /// The values of the edit panel, by the index of their label in the array `lb`.
+    enum Lb { PreviousReading, Litres, PreviousDate, PumpDescription, PumpNumber, UnitPrice, PumpTank, LbCount };
+
     // Load, keys and menus.
     void connectControls();
     void connectMenus();
@@ -79,7 +82,8 @@ private:
     void flexClick();
     void flexKey(QKeyEvent& event);
     void seleciona_bomba();
-    void setLb(int index, const QString& text);
+    [[nodiscard]] QString lb(Lb value) const;
+    void setLb(Lb value, const QString& text);
     void lb_Change();
     void pisca();
     [[nodiscard]] int text1Key(int code);
@@ -118,11 +122,11 @@ private:
     std::unique_ptr<Ui::frmprincipal> m_ui;
     const Services& m_services;
     data::StationDatabase& m_database;
-    SupervisorGate& m_gate;
+    const SupervisorGate& m_gate;
     const Emitente& m_emitente;
     const platform::Printers m_printers;
 
-    std::array<QLabel*, 7> m_lb{};
+    std::array<QLabel*, LbCount> m_lb{};
     QMenu* const m_fer; ///< The pop-up menu of the pump grid; not in the menu bar.
     QTimer m_timer1{this};
     int m_linha = 0;         ///< The selected row of the pump grid.

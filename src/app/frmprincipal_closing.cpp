@@ -6,7 +6,7 @@
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
-#include "shared/Module1.h"
+#include "shared/EntryGrid.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
 #include "shared/SupervisorGate.h"
@@ -56,10 +56,10 @@ bool frmprincipal::fecha_linhas(QDate day)
     // Only "nao", to the letter, keeps the stock as it is.
     const bool deduct = m_database.BaixarDoEstoque() != u"nao";
     for (int row = 1; row < flexG.Rows(); ++row) {
-        const Closing::Line line = Closing::lineOf(flexG, row);
+        const EntryGrid::Line line = EntryGrid::lineAt(flexG, row);
         const double product = vb::CDbl(Module1::prod_vinculado(m_services.DataConnection, line.pump));
         if (product == 0) {
-            // The rows before this one stay closed: deliberate.
+            // The rows before this one stay closed, and all rows stay in the grid: closing again writes them again.
             m_services.messages.MsgBox(
                 QStringLiteral("Nao foi identificado o codigo do produto do cadastro de Estoque para os produtos "
                                "desta lista\r\n"

@@ -56,7 +56,7 @@ void frmprincipal::exclui_leituras()
     platform::FlexGrid& flex2 = *m_ui->flex2;
     if (flex2.Rows() < 2)
         return;
-    // The characters "& vbcrlf" inside the text are shown to the operator: deliberate.
+    // The operator reads the characters "& vbcrlf", too: they are part of the text in use.
     const auto answer = m_services.messages.MsgBox(
         QStringLiteral("Deseja mesmo excluir os itens selecionados?\r\n"
                        " Esta operação não podera ser revertida.  & vbcrlf"
@@ -70,7 +70,7 @@ void frmprincipal::exclui_leituras()
             continue;
         m_services.DataConnection.Execute(QStringLiteral("Delete from Leitura where codigoI = ") +
                                           vb::CStr(vb::CDbl(flex2.TextMatrix(row, HistoryRows::Key))));
-        // The column total gets the unit price: deliberate.
+        // The log's column `total` holds the unit price; its listing shows it under "TotalR$".
         m_services.DataConnection.Execute(
             QStringLiteral("Insert into ExcluidosLeituraBomba(produto, DataE, leitura, total) values ('") +
             flex2.TextMatrix(row, HistoryRows::Description) + QStringLiteral("','") +

@@ -8,6 +8,7 @@
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Error.h"
 #include "platform/vb/Format.h"
+#include "shared/EntryGrid.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 #include "shared/StockHelpers.h"
@@ -102,16 +103,16 @@ void frmprincipal::seleciona_bomba()
         pump.Open(QStringLiteral("Select * from PlanilhaPosto where numerodispositivo = ") + plainNumber,
                   m_services.DataConnection);
         if (!pump.Eof()) {
-            setLb(0, vb::Format(pump.Fields(u"leitura"), u"##,#0.00"));
-            setLb(2, vb::Format(pump.Fields(u"datainsert"), u"dd/mm/yy"));
-            setLb(3, pump.Fields(u"descritivo").textOrEmpty());
-            setLb(4, number);
-            m_ui->Text1->setText(m_lb[0]->text());
+            setLb(PreviousReading, vb::Format(pump.Fields(u"leitura"), u"##,#0.00"));
+            setLb(PreviousDate, vb::Format(pump.Fields(u"datainsert"), u"dd/mm/yy"));
+            setLb(PumpDescription, pump.Fields(u"descritivo").textOrEmpty());
+            setLb(PumpNumber, number);
+            m_ui->Text1->setText(lb(PreviousReading));
             text1Change();
-            setLb(5, vb::Format(
-                         Module1::valor_produto(m_services.DataConnection, pump.Fields(u"prodvinculado").textOrEmpty()),
-                         u"##,#0.000"));
-            setLb(6, pump.Fields(u"tanq").textOrEmpty());
+            setLb(UnitPrice, vb::Format(Module1::valor_produto(m_services.DataConnection,
+                                                               pump.Fields(u"prodvinculado").textOrEmpty()),
+                                        u"##,#0.000"));
+            setLb(PumpTank, pump.Fields(u"tanq").textOrEmpty());
         }
         carrega_flex1(QStringLiteral("Select * from Leitura where DataLT >= ") +
                       m_services.dialect.dateLiteral(m_ui->dtpI_0->Value()) + QStringLiteral(" and DataLT <= ") +
@@ -120,9 +121,14 @@ void frmprincipal::seleciona_bomba()
     });
 }
 
-void frmprincipal::setLb(int index, const QString& text)
+QString frmprincipal::lb(Lb value) const
 {
-    QLabel& label = *m_lb.at(static_cast<size_t>(index));
+    return m_lb[value]->text();
+}
+
+void frmprincipal::setLb(Lb value, const QString& text)
+{
+    QLabel& label = *m_lb[value];
     if (label.text() == text)
         return;
     label.setText(text);
@@ -132,24 +138,25 @@ void frmprincipal::setLb(int index, const QString& text)
 
 void frmprincipal::lb_Change()
 {
-    if (m_lb[3]->text().isEmpty()) {
+    if (lb(PumpDescription).isEmpty()) {
         m_timer1.stop();
-        paint(*m_lb[3], LightCyan);
+        paint(*m_lb[PumpDescription], LightCyan);
     } else if (!m_timer1.isActive()) {
         m_timer1.start();
     }
-    paint(*m_lb[1], vb::leadingNumber(m_lb[1]->text()) < 0 ? Orange : PaleGreen);
+    paint(*m_lb[Litres], vb::leadingNumber(lb(Litres)) < 0 ? Orange : PaleGreen);
 }
 
 void frmprincipal::pisca()
 {
-    paint(*m_lb[3], m_lb[3]->palette().color(QPalette::Window) == LightCyan ? Yellow : LightCyan);
+    paint(*m_lb[PumpDescription],
+          m_lb[PumpDescription]->palette().color(QPalette::Window) == LightCyan ? Yellow : LightCyan);
 }
 
 int frmprincipal::text1Key(int code)
 {
     int key = code == u'.' ? u',' : code;
-    if (m_lb[0]->text().isEmpty())
+    if (lb(PreviousReading).isEmpty())
         return 0; // No pump is selected yet.
     key = Module1::filtra_numero(*m_ui->Text1, static_cast<char16_t>(key));
     if (key != u'\r')
@@ -167,7 +174,8 @@ int frmprincipal::text1Key(int code)
 void frmprincipal::text1Change()
 {
     // A reading that is no number yet leaves the last result.
-    platform::leaveQuietly([this] { setLb(1, vb::CStr(vb::CCur(m_ui->Text1->text()) - vb::CCur(m_lb[0]->text()))); });
+    platform::leaveQuietly(
+        [this] { setLb(Litres, vb::CStr(vb::CCur(m_ui->Text1->text()) - vb::CCur(lb(PreviousReading)))); });
 }
 
 void frmprincipal::text1LostFocus()
@@ -182,20 +190,13 @@ bool frmprincipal::registra_leitura()
     // While a sheet is being closed its lines are fixed: the reading waits in its box.
     if (m_fechando)
         return false;
-    // The threshold of one litre below zero is deliberate.
-    if (vb::CDbl(m_lb[1]->text()) <= -1)
+    // A result between -1 and 0 litres is registered; only from a whole litre backwards on is it refused.
+    if (vb::CDbl(lb(Litres)) <= -1)
         return false;
     platform::FlexGrid& flexG = *m_ui->flexG;
-    const QStringList cells{vb::Format(vb::Date::fromQDate(m_ui->DTP->Value()), u"DD/mm"),
-                            m_lb[4]->text(),
-                            m_lb[0]->text(),
-                            m_ui->Text1->text(),
-                            m_lb[1]->text(),
-                            m_lb[5]->text(),
-                            lineTotal(m_lb[1]->text(), m_lb[5]->text()),
-                            m_lb[6]->text(),
-                            QStringLiteral("0")};
-    flexG.AddItem(cells.join(u'\t'));
+    EntryGrid::add(flexG, {vb::Format(vb::Date::fromQDate(m_ui->DTP->Value()), u"DD/mm"), lb(PumpNumber),
+                           lb(PreviousReading), m_ui->Text1->text(), lb(Litres), lb(UnitPrice),
+                           lineTotal(lb(Litres), lb(UnitPrice)), lb(PumpTank), QStringLiteral("0")});
     flexG.setRow(flexG.Rows() - 1);
     mostra_total();
     platform::FlexGrid& flex = *m_ui->flex;
@@ -206,8 +207,7 @@ bool frmprincipal::registra_leitura()
 
 void frmprincipal::mostra_total()
 {
-    constexpr int Total = 6;
-    m_ui->Label5->setText(vb::Format(Module1::soma_totais(*m_ui->flexG, Total), u"##,#0.00"));
+    m_ui->Label5->setText(vb::Format(EntryGrid::total(*m_ui->flexG), u"##,#0.00"));
 }
 
 void frmprincipal::flexGKey(QKeyEvent& event)

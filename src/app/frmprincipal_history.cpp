@@ -27,7 +27,7 @@ void frmprincipal::carrega_flex1(const QString& sql)
     }
     ado::Recordset readings;
     readings.Open(sql + QStringLiteral("  order by  DataLT, cdgBomba "), m_services.DataConnection);
-    // Without rows the list on the screen stays, and one that is being filled goes on: deliberate.
+    // Without rows the list on the screen stays, and one that is being filled goes on.
     if (readings.RecordCount() > 0)
         carrega_flex1Expandido(readings);
 }

@@ -46,7 +46,7 @@ void frmprincipal::carrega_flexD()
             return;
     }
     items.Close();
-    // The column sums today's issues although the note names the period: deliberate.
+    // The note names the period of the history, although the column sums today's issues.
     m_ui->Label22->setText(QStringLiteral("* Baixas = Saidas no intervalo da data: ") +
                            vb::shortDate(m_ui->dtpI_0->Value()) + QStringLiteral("<>") +
                            vb::shortDate(m_ui->dtpI_1->Value()));

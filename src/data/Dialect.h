@@ -22,7 +22,7 @@ public:
     [[nodiscard]] QString dateLiteral(QDate date) const;
 
     /// Text of a date and a time for a statement that stores them, without the quotes. An empty text is "no date" or
-    /// "no time". Access gets the day first although its filter literals are month first: deliberate.
+    /// "no time". Access gets the day first, although its filter literals are month first.
     [[nodiscard]] QString SqlDateTime(const QString& dateText, const QString& timeText) const;
 
 private:

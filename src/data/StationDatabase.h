@@ -50,7 +50,7 @@ private:
     QString m_baixarDoEstoque;
     Dialect m_dialect;
     ado::Connection m_dataConnection;
-    ado::Connection m_hostsConnection; ///< Opened for MySQL and then left idle: deliberate.
+    ado::Connection m_hostsConnection; ///< Opened for MySQL and then left idle: no statement uses it.
 };
 
 } // namespace data

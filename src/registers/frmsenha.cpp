@@ -7,66 +7,67 @@
 #include "shared/Emitente.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
-#include "shared/SupervisorGate.h"
 
-frmsenha::frmsenha(const Services& services, SupervisorGate& gate, const Emitente& emitente, OnError onError,
-                   QWidget* parent)
-    : QDialog(parent)
+#include <QEventLoop>
+
+SupervisorAnswer frmsenha::ask(const Services& services, const Emitente& emitente, QWidget* over)
+{
+    frmsenha prompt(services, emitente, over);
+    prompt.setModal(true);
+    prompt.show();
+    SupervisorAnswer answer = SupervisorAnswer::Refused;
+    // The check runs between two waits, outside of every event loop: an error may leave from here.
+    while (const std::optional<QString> typed = prompt.nextTry()) {
+        const auto check = [&] { answer = prompt.verifica(*typed); };
+        if (over)
+            platform::tellAndStay(services.messages, check);
+        else
+            check();
+        if (answer == SupervisorAnswer::Granted)
+            break;
+    }
+    return answer;
+}
+
+frmsenha::frmsenha(const Services& services, const Emitente& emitente, QWidget* over)
+    : QDialog(over)
     , m_ui(std::make_unique<Ui::frmsenha>())
     , m_services(services)
-    , m_gate(gate)
-    , m_onError(onError)
 {
     m_ui->setupUi(this);
-    m_gate.denied = true;
     m_ui->Label2->setText(emitente.RazaoSocial);
     m_ui->Label2->setVisible(!emitente.RazaoSocial.isEmpty());
     Module1::seleciona_ao_focar(*m_ui->Text1);
-    connect(m_ui->Text1, &QLineEdit::returnPressed, this, &frmsenha::verifica);
     m_ui->Text1->setFocus();
 }
 
 frmsenha::~frmsenha() = default;
 
-void frmsenha::rethrowError() const
+std::optional<QString> frmsenha::nextTry()
 {
-    if (m_error)
-        std::rethrow_exception(m_error);
+    if (!isVisible())
+        return std::nullopt;
+    std::optional<QString> typed;
+    QEventLoop untilAnswered;
+    connect(m_ui->Text1, &QLineEdit::returnPressed, &untilAnswered, [&] {
+        if (!typed)
+            typed = m_ui->Text1->text(); // What is typed behind Enter does not belong to it.
+        untilAnswered.quit();
+    });
+    connect(this, &QDialog::finished, &untilAnswered, &QEventLoop::quit);
+    untilAnswered.exec();
+    return typed;
 }
 
-void frmsenha::reject()
-{
-    m_gate.denied = true;
-    QDialog::reject();
-}
-
-void frmsenha::verifica()
-{
-    if (m_onError == OnError::TellAndStay) {
-        platform::tellAndStay(m_services.messages, [this] { procura(); });
-        return;
-    }
-    try {
-        procura();
-    } catch (...) {
-        m_error = std::current_exception();
-        reject();
-    }
-}
-
-void frmsenha::procura()
+SupervisorAnswer frmsenha::verifica(const QString& typed)
 {
     ado::Recordset adm;
-    // The typed text goes into the statement as it is: an apostrophe makes the statement invalid, deliberately.
-    adm.Open(QStringLiteral("Select * from adm where nome = 'Supervisor' and senh = '") + m_ui->Text1->text() +
-                 QStringLiteral("';"),
+    // The typed text goes into the statement as it is: an apostrophe makes the statement invalid.
+    adm.Open(QStringLiteral("Select * from adm where nome = 'Supervisor' and senh = '") + typed + QStringLiteral("';"),
              m_services.DataConnection);
-    if (adm.Eof()) {
-        m_services.messages.MsgBox(QStringLiteral("Esta senha de supervisor não é valida"));
-        m_gate.denied = true;
-        Module1::seleciona_tudo(*m_ui->Text1);
-        return;
-    }
-    m_gate.denied = false;
-    accept();
+    if (!adm.Eof())
+        return SupervisorAnswer::Granted;
+    m_services.messages.MsgBox(QStringLiteral("Esta senha de supervisor não é valida"));
+    Module1::seleciona_tudo(*m_ui->Text1);
+    return SupervisorAnswer::Refused;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "shared/SupervisorGate.h"
+
 #include <QDialog>
 
-#include <exception>
 #include <memory>
+#include <optional>
 
-class SupervisorGate;
 struct Emitente;
 struct Services;
 
@@ -13,31 +14,26 @@ namespace Ui {
 class frmsenha;
 }
 
-/// Asks for the supervisor password. The gate's denial flag is its only result.
+/// Asks for the supervisor password.
 class frmsenha : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// What happens to an error of the database while the password is checked: the window tells it and stays, or it
-    /// closes and `rethrowError` raises it again, for the start-up, which ends the program.
-    enum class OnError { TellAndStay, CloseAndRethrow };
+    /// Shows the prompt over a window until the right password has been typed or the prompt is closed; there may be any
+    /// number of tries. An error of the database is told over the window and the prompt stays. Without a window there
+    /// is nothing to go back to, as at the start: the prompt closes and the error is raised.
+    [[nodiscard]] static SupervisorAnswer ask(const Services& services, const Emitente& emitente, QWidget* over);
 
-    frmsenha(const Services& services, SupervisorGate& gate, const Emitente& emitente, OnError onError,
-             QWidget* parent = nullptr);
     ~frmsenha() override;
 
-    void rethrowError() const;
-
-    void reject() override;
-
 private:
-    void verifica();
-    void procura();
+    frmsenha(const Services& services, const Emitente& emitente, QWidget* over);
+
+    /// What has been typed when Enter is pressed; nothing once the window has been closed.
+    [[nodiscard]] std::optional<QString> nextTry();
+    [[nodiscard]] SupervisorAnswer verifica(const QString& typed);
 
     std::unique_ptr<Ui::frmsenha> m_ui;
     const Services& m_services;
-    SupervisorGate& m_gate;
-    OnError m_onError;
-    std::exception_ptr m_error;
 };

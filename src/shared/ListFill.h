@@ -62,8 +62,8 @@ struct ListQuery
     bool upperCase = false; ///< The description is shown in upper case.
 };
 
-/// Clears a list and refills it with entries of code and description. With no rows it keeps its old entries,
-/// deliberately. False when the fill was overtaken.
+/// Clears a list and refills it with entries of code and description. With no rows it keeps its old entries.
+/// False when the fill was overtaken.
 bool refill(const Services& services, const ListQuery& query, QListWidget& list);
 /// The same for a drop-down list, without its signals; then its first entry is selected.
 bool refill(const Services& services, const ListQuery& query, QComboBox& box);

@@ -100,16 +100,6 @@ void pinta_celula(platform::FlexGrid& grid, int column, quint32 bgr)
     grid.setCellBackColor(grid.Rows() - 1, column, bgr);
 }
 
-void formata_flexG(platform::FlexGrid& flexG)
-{
-    constexpr int widths[] = {700, 400, 900, 900, 800, 600, 700, 700, 700};
-    flexG.clearRows();
-    flexG.setCols(9);
-    flexG.FormatString(QStringLiteral("Data|CDG_B|Leit_AnT|Leit_At|Sald_Lts|UNT$|Tot$|TNQ|AFER"));
-    for (int column = 0; column < 9; ++column)
-        flexG.setColWidth(column, widths[column]);
-}
-
 void fecha_deslizando(QWidget& window, platform::EventPump& events)
 {
     const QPointer<QWidget> alive = &window;

@@ -18,7 +18,7 @@ class FlexGrid;
 namespace Module1 {
 
 /// Key filter of numeric boxes: returns the key to let through, 0 to drop it. A point becomes a comma; commas pass
-/// unchecked, a second one too; a minus goes in front of the whole text, once. Deliberately permissive.
+/// unchecked, a second one too; a minus goes in front of the whole text, once.
 [[nodiscard]] char16_t filtra_numero(QLineEdit& box, char16_t key);
 
 /// Selects the whole text of a box.
@@ -40,9 +40,6 @@ void marca_linha(platform::FlexGrid& grid);
 /// Colours one cell of the grid's last row.
 void pinta_celula(platform::FlexGrid& grid, int column, quint32 bgr);
 
-/// Resets the entry grid to its header.
-void formata_flexG(platform::FlexGrid& flexG);
-
 /// Moves a window 150 twips right and down per step until it has left the screen, then closes it. Where the desktop
 /// does not let windows move themselves it is closed at once.
 void fecha_deslizando(QWidget& window, platform::EventPump& events);
@@ -50,7 +47,7 @@ void fecha_deslizando(QWidget& window, platform::EventPump& events);
 [[nodiscard]] QString linha_traco();     ///< 112 "-".
 [[nodiscard]] QString linha_asterisco(); ///< 112 "*".
 
-/// "Nº ddmmyy-hhmmnn" of a moment: hour, minute and the minute again, deliberately.
+/// "Nº ddmmyy-hhmmnn" of a moment: hour, minute and the minute again.
 [[nodiscard]] QString numero_planilha(const QDateTime& moment);
 
 } // namespace Module1

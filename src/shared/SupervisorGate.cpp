@@ -2,19 +2,11 @@
 
 #include <utility>
 
-SupervisorGate::SupervisorGate(std::function<void()> showPrompt)
-    : m_showPrompt(std::move(showPrompt))
+SupervisorGate::SupervisorGate(std::function<SupervisorAnswer()> prompt)
+    : m_prompt(std::move(prompt))
 {}
 
-void SupervisorGate::setPrompt(std::function<void()> showPrompt)
+bool SupervisorGate::RequireSupervisor() const
 {
-    m_showPrompt = std::move(showPrompt);
-}
-
-bool SupervisorGate::RequireSupervisor()
-{
-    denied = true;
-    if (m_showPrompt)
-        m_showPrompt();
-    return denied;
+    return m_prompt() != SupervisorAnswer::Granted;
 }

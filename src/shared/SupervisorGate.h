@@ -2,22 +2,19 @@
 
 #include <functional>
 
-/// The denial flag and the prompt that clears it: the only result of asking for the supervisor password.
+enum class SupervisorAnswer { Granted, Refused };
+
+/// Asks for the supervisor password before a guarded operation.
 class SupervisorGate
 {
 public:
-    /// `showPrompt` shows the password window modally; that window sets the flag when it opens and clears it when the
-    /// password is accepted.
-    explicit SupervisorGate(std::function<void()> showPrompt = {});
+    /// `prompt` shows the password window until it has been answered; one that is closed refuses. It may raise what the
+    /// database raises.
+    explicit SupervisorGate(std::function<SupervisorAnswer()> prompt);
 
-    void setPrompt(std::function<void()> showPrompt);
-
-    /// True means not authorised. Keeps its last value between prompts.
-    bool denied = true;
-
-    /// Sets the flag to true, asks, and returns the flag: true = not authorised.
-    [[nodiscard]] bool RequireSupervisor();
+    /// Asks. True = not authorised.
+    [[nodiscard]] bool RequireSupervisor() const;
 
 private:
-    std::function<void()> m_showPrompt;
+    std::function<SupervisorAnswer()> m_prompt;
 };

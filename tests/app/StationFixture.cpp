@@ -7,8 +7,7 @@ StationFixture::StationFixture(support::BothBackEnds& used)
     , m_emitente{u"Auto Posto Três Ipês Ltda"_s, u"000"_s, u"111"_s, {}}
     , m_gate([this] {
         ++prompts;
-        if (knowsPassword)
-            m_gate.denied = false;
+        return knowsPassword ? SupervisorAnswer::Granted : SupervisorAnswer::Refused;
     })
     , m_station(folder.path())
 {

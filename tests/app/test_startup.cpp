@@ -10,6 +10,7 @@
 #include "support/StatementTrace.h"
 #include "support/StationSchema.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QFile>
 #include <QLabel>
@@ -107,6 +108,32 @@ private Q_SLOTS:
         QCOMPARE(run.main(), 0);
         QVERIFY(run.person.isDone());
         QVERIFY(!trace.lines().last().contains(u"PlanilhaPosto"_s)); // No main window was loaded.
+    }
+
+    /// An error while the password is checked: the start ends with it, over the main window the prompt stays.
+    void errorAtThePrompt()
+    {
+        support::BothBackEnds database{u"access"_s};
+        Run run;
+        run.useStation(database);
+        run.person.types("a'b");
+        run.messages.expect();
+        QCOMPARE(run.main(), 1);
+
+        run.person.types("1234");
+        run.person.when("frmprincipal", [](QWidget& window) {
+            QTimer::singleShot(0, &window, [&] { window.findChild<QAction*>(u"cddiversos"_s)->trigger(); });
+        });
+        run.person.types("a'b");
+        run.messages.expect();
+        run.person.types("1234");
+        run.person.when("frmdiversos", [](QWidget& window) { window.close(); });
+        run.person.when("frmprincipal", [](QWidget& window) { window.close(); });
+        QCOMPARE(run.main(), 0);
+        QVERIFY(run.person.isDone());
+        QCOMPARE(run.messages.shown().size(), 2);
+        for (const auto& box : run.messages.shown())
+            QVERIFY(box.prompt.startsWith(u"Erro em tempo de execução '"_s));
     }
 
     void endsWithTheError_data()

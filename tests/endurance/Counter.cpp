@@ -12,7 +12,7 @@ platform::MsgBoxResult Agreeing::MsgBox(const QString& prompt, int style, const 
 
 Counter::Counter(const QString& folder, QDate today)
     : clock(QDateTime(today, QTime(8, 30, 5)))
-    , m_gate([this] { m_gate.denied = false; })
+    , m_gate([] { return SupervisorAnswer::Granted; })
     , m_emitente{u"Auto Posto Três Ipês Ltda"_s, u"000"_s, u"111"_s, u"Avenida das Acácias, 1500"_s}
 {
     database.emplace(folder);

@@ -4,11 +4,11 @@
 #include "platform/ui/FlexGrid.h"
 #include "platform/vb/Error.h"
 #include "shared/Emitente.h"
+#include "shared/EntryGrid.h"
 #include "shared/ListEntry.h"
 #include "shared/Module1.h"
 #include "shared/StationWindow.h"
 #include "shared/StockHelpers.h"
-#include "shared/SupervisorGate.h"
 #include "support/WindowTest.h"
 
 #include <QLineEdit>
@@ -78,11 +78,11 @@ private Q_SLOTS:
         platform::FlexGrid grid;
         Module1::formata_flexG(grid);
         QCOMPARE(grid.Rows(), 1);
-        QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency());
+        QCOMPARE(EntryGrid::total(grid), vb::Currency());
         grid.AddItem(u"\t\t\t\t\t\t1.234,50"_s);
         grid.AddItem(u"\t\t\t\t\t\t"_s);
         grid.AddItem(u"\t\t\t\t\t\t-0,25"_s);
-        QCOMPARE(Module1::soma_totais(grid, 6), vb::Currency::fromScaled(12'342'500));
+        QCOMPARE(EntryGrid::total(grid), vb::Currency::fromScaled(12'342'500));
 
         grid.setRow(2);
         Module1::marca_linha(grid);
@@ -154,19 +154,6 @@ private Q_SLOTS:
         QCOMPARE(read.IE, QString());
         QCOMPARE(read.CNPJ, u"00.111.222/0001-33"_s);
         QCOMPARE(read.endereco, u"Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"_s);
-    }
-
-    void gateAlwaysStartsDenied()
-    {
-        SupervisorGate gate;
-        bool knows = true;
-        gate.setPrompt([&] {
-            if (knows)
-                gate.denied = false;
-        });
-        QVERIFY(!gate.RequireSupervisor());
-        knows = false;
-        QVERIFY(gate.RequireSupervisor());
     }
 
     /// A window that is closed while its handler lets events run lives until the handler has returned.

@@ -1,7 +1,7 @@
 // The Access engine against SQLite: the same statements on the same rows, each commit synced to the medium by both.
 // Ends with a table of ratios and the peak of memory.
+#include "accessfile/Database.h"
 #include "accessfile/Error.h"
-#include "accessfile/Sql.h"
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>

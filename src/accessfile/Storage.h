@@ -16,24 +16,6 @@
 // The file as tables of rows: what the SQL layer stands on. Standard C++ only. All functions raise accessfile::Error.
 namespace accessfile {
 
-enum class ColumnType : std::uint8_t {
-    Bool = 0x01,
-    Byte = 0x02,
-    Int = 0x03,
-    Long = 0x04,
-    Money = 0x05,
-    Float = 0x06,
-    Double = 0x07,
-    Date = 0x08,
-    Binary = 0x09,
-    Text = 0x0A,
-    Ole = 0x0B,
-    Memo = 0x0C,
-    Guid = 0x0F,
-    Numeric = 0x10,
-    BigBinary = 0x11
-};
-
 struct Column
 {
     std::string name;
@@ -61,14 +43,6 @@ struct Index
     bool primary = false;
     bool required = false;
     bool ignoreNulls = false;
-};
-
-/// Stable address of a row: it survives updates that move the row's bytes.
-struct RowId
-{
-    std::uint32_t page = 0;
-    std::uint8_t slot = 0;
-    auto operator<=>(const RowId&) const = default;
 };
 
 /// Bounds of a range over an index's first column; an absent bound is open. Both ends by the index's own order.

@@ -50,4 +50,36 @@ using Value = std::variant<Null, bool, std::int32_t, float, double, Money, DateT
     return std::holds_alternative<Null>(value);
 }
 
+/// What a column holds, by its number in the file.
+enum class ColumnType : std::uint8_t {
+    Bool = 0x01,
+    Byte = 0x02,
+    Int = 0x03,
+    Long = 0x04,
+    Money = 0x05,
+    Float = 0x06,
+    Double = 0x07,
+    Date = 0x08,
+    Binary = 0x09,
+    Text = 0x0A,
+    Ole = 0x0B,
+    Memo = 0x0C,
+    Guid = 0x0F,
+    Numeric = 0x10,
+    BigBinary = 0x11
+};
+
+/// Stable address of a row: it survives updates that move the row's bytes.
+struct RowId
+{
+    std::uint32_t page = 0;
+    std::uint8_t slot = 0;
+    auto operator<=>(const RowId&) const = default;
+};
+
+/// The machine's clock as the file counts it: days since 1899-12-30, to the millisecond.
+[[nodiscard]] double localTime();
+/// The same to the second, as dates in rows are kept: equal-looking dates are then equal.
+[[nodiscard]] double localSecond();
+
 } // namespace accessfile

@@ -1,5 +1,5 @@
+#include "accessfile/Database.h"
 #include "accessfile/Error.h"
-#include "accessfile/Sql.h"
 #include "mdbsql/Script.h"
 #include "platform/ado/AccessConversions.h"
 

@@ -1,6 +1,6 @@
 #include "accessfile/AccessTestTools.h"
 
-#include "accessfile/TextCodec.h"
+#include "accessfile/format/TextCodec.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "accessfile/Error.h"
 #include "accessfile/FaultyFiles.h"
-#include "accessfile/StorageFile.h"
+#include "accessfile/table/StorageFile.h"
 
 #include <QString>
 

@@ -1,5 +1,7 @@
 #include "accessfile/FaultyFiles.h"
 
+#include "accessfile/Error.h"
+
 #include <algorithm>
 
 namespace accesstest {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "accessfile/FileDevice.h"
-#include "accessfile/Page.h"
+#include "accessfile/file/FileDevice.h"
+#include "accessfile/file/Page.h"
 
 #include <functional>
 #include <map>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "accessfile/AccessTestTools.h"
+#include "accessfile/Database.h"
 #include "accessfile/Error.h"
-#include "accessfile/Sql.h"
 #include "platform/ado/AccessConversions.h"
 
 #include <QByteArray>

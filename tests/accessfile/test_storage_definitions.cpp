@@ -1,6 +1,7 @@
 #include "accessfile/AccessTestTools.h"
-#include "accessfile/DataPage.h"
-#include "accessfile/IndexTree.h"
+#include "accessfile/format/DataPage.h"
+#include "accessfile/format/TextCodec.h"
+#include "accessfile/table/IndexTree.h"
 
 #include <QTest>
 
@@ -95,7 +96,7 @@ void TestStorageDefinitions::constantsThatAccessAsksFor()
     storage->addColumn("Tudo", column("depois", ColumnType::Text, 30));
     storage->createIndex("Tudo", index("Mais", {{4, true}}));
     const TableDefinition definition = storage->tableFile("Tudo")->definition();
-    const PagePointer page = storage->context().pager.page(definition.pages.front());
+    const PagePointer page = storage->space().pager.page(definition.pages.front());
     const std::size_t length = load32(page->data() + 8);
     QCOMPARE(load16(page->data() + length - 2), std::uint16_t{0xFFFF});
     QCOMPARE(load32(page->data() + 12), std::uint32_t{1625});
@@ -108,7 +109,7 @@ void TestStorageDefinitions::constantsThatAccessAsksFor()
     // Without variable columns a row keeps two bytes, or Access reads every truth value as false.
     storage->createTable("Sinais", std::array{column("ligado", ColumnType::Bool)}, {});
     const RowId row = storage->table("Sinais")->insert(Cells{true});
-    QCOMPARE(datapage::row(*storage->context().pager.page(row.page), row.slot).size(), std::size_t{2 + 2 + 1});
+    QCOMPARE(datapage::row(*storage->space().pager.page(row.page), row.slot).size(), std::size_t{2 + 2 + 1});
 }
 
 void TestStorageDefinitions::limits_data()
@@ -267,10 +268,10 @@ void TestStorageDefinitions::passwordMasksAccounts()
     storage.reopen({.password = "qualquer uma"});
     QCOMPARE(errorOf([&] { storage->setPassword("vinte e um caracteres"); }), ErrorKind::TooLong);
     // A password put into the header alone leaves the accounts masked with the old key.
-    Header header = storage->context().header;
-    header.setPassword("8282");
+    Header header = storage->space().header;
+    header.setPassword(toUtf16("8282"));
     storage->beginStatement();
-    storage->context().pager.modify(0) = header.stored();
+    storage->space().pager.modify(0) = header.stored();
     storage->commitStatement();
     storage.reopen({.password = "8282"});
     QVERIFY(storage.faults().contains(QStringLiteral("não confere com o cabeçalho")));
@@ -301,7 +302,7 @@ void TestStorageDefinitions::autonumber()
 struct Damaged
 {
     StorageFile& storage;
-    Pager& pager = storage.context().pager;
+    Pager& pager = storage.space().pager;
     TableFile& table = *storage.tableFile("Tudo");
     const TableDefinition& definition = table.definition();
 
@@ -343,14 +344,14 @@ void TestStorageDefinitions::selfCheckFinds_data()
     });
     row("page of two owners", QStringLiteral("dois donos"), [](Damaged& file) {
         UsageMap(file.pager, file.definition.physical[0].ownedMap)
-            .add(file.pagesOf(file.definition.ownedMap()).front(), file.storage.context().allocator);
+            .add(file.pagesOf(file.definition.ownedMap()).front(), file.storage.space().allocator);
     });
     row("page of nobody", QStringLiteral("não é livre nem de ninguém"),
-        [](Damaged& file) { static_cast<void>(file.storage.context().allocator.allocate()); });
+        [](Damaged& file) { static_cast<void>(file.storage.space().allocator.allocate()); });
     row("page of another type", QStringLiteral("não é de registros"), [](Damaged& file) { file.last()[0] = 9; });
     row("page beyond the end", QStringLiteral("não existe"), [](Damaged& file) {
         UsageMap(file.pager, file.definition.ownedMap())
-            .add(file.pager.pageCount() + 3, file.storage.context().allocator);
+            .add(file.pager.pageCount() + 3, file.storage.space().allocator);
     });
     row("free space", QStringLiteral("espaço livre"), [](Damaged& file) { ++file.first()[2]; });
     row("row offset", QStringLiteral("posição de um registro"),
@@ -370,7 +371,7 @@ void TestStorageDefinitions::selfCheckFinds_data()
         byte = static_cast<std::uint8_t>(byte ^ 1U);
     });
     row("index without a row", QStringLiteral("índice"), [](Damaged& file) {
-        IndexTree tree(file.storage.context(), file.table.page(), file.definition.physical[0]);
+        IndexTree tree(file.storage.space(), file.table.page(), file.definition.physical[0]);
         IndexPosition position = tree.find({});
         const ByteView entry = *position.entry();
         tree.erase(keyOf(entry), rowOf(entry));
@@ -384,7 +385,7 @@ void TestStorageDefinitions::selfCheckFinds_data()
             ++file.pager.modify(page)[8];
     });
     row("nobody's rights", QStringLiteral("direitos"), [](Damaged& file) {
-        TableFile rights(file.storage.context(), 3, "MSysACEs", {});
+        TableFile rights(file.storage.space(), 3, "MSysACEs", {});
         rights.allowSystem();
         rights.reload({});
         const std::vector<RowId> rows = rowIdsOf(rights);

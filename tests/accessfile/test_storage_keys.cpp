@@ -1,5 +1,5 @@
 #include "accessfile/AccessTestTools.h"
-#include "accessfile/Keys.h"
+#include "accessfile/format/Keys.h"
 
 #include <QTest>
 

@@ -1,5 +1,6 @@
 #include "accessfile/AccessTestTools.h"
-#include "accessfile/TextCodec.h"
+#include "accessfile/format/TextCodec.h"
+#include "accessfile/table/DefinitionPages.h"
 
 #include <QFile>
 #include <QProcess>
@@ -117,7 +118,7 @@ void TestStorageRefusals::tables_data()
         row(name, reason, [patch](StorageFile& storage) {
             TableDefinition definition = storage.tableFile("Bomba")->definition();
             patch(definition);
-            definition.write(storage.context().pager, storage.context().allocator);
+            writeDefinition(definition, storage.space().pager, storage.space().allocator);
         });
     };
     const auto withProperties = [&](const char* name, const QString& reason, const Bytes& blob) {

@@ -1,6 +1,6 @@
 #include "accessfile/sql/Calendar.h"
 
-#include "accessfile/LocalTime.h"
+#include "accessfile/Value.h"
 
 #include <array>
 #include <chrono>

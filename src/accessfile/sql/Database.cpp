@@ -1,7 +1,8 @@
-#include "accessfile/Sql.h"
+#include "accessfile/Database.h"
 
 #include "accessfile/Error.h"
 #include "accessfile/sql/Assignment.h"
+#include "accessfile/sql/Binder.h"
 #include "accessfile/sql/Evaluator.h"
 #include "accessfile/sql/Messages.h"
 #include "accessfile/sql/Parser.h"

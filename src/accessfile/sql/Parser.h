@@ -32,7 +32,7 @@ private:
     [[nodiscard]] AddColumnStatement alter();
     [[nodiscard]] DropTableStatement drop();
 
-    // Columns.cpp
+    // DefinitionParser.cpp
     [[nodiscard]] ColumnDefinition columnDefinition();
     void columnType(Column& column);
     void tableConstraint(CreateTableStatement& statement);

@@ -1,5 +1,6 @@
 #include "accessfile/sql/Select.h"
 
+#include "accessfile/sql/Binder.h"
 #include "accessfile/sql/Evaluator.h"
 #include "accessfile/sql/Lexer.h"
 #include "accessfile/sql/Messages.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "accessfile/Sql.h"
+#include "accessfile/Database.h"
 
 namespace ado {
 

@@ -1,5 +1,5 @@
+#include "accessfile/Database.h"
 #include "accessfile/Error.h"
-#include "accessfile/Sql.h"
 #include "platform/ado/AccessConversions.h"
 #include "platform/ado/ConnectionString.h"
 #include "platform/ado/Error.h"

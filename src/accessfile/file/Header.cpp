@@ -1,0 +1,148 @@
+#include "accessfile/file/Header.h"
+
+#include "accessfile/Error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <string_view>
+
+namespace accessfile {
+
+namespace {
+constexpr std::size_t maskStart = 0x18;
+constexpr std::size_t maskLength = 128;
+constexpr std::size_t passwordStart = 0x42;
+constexpr std::size_t passwordLength = 40;
+constexpr std::size_t stampStart = 0x72;
+constexpr std::size_t orderStart = 0x6E;
+constexpr std::string_view formatName = "Standard Jet DB";
+} // namespace
+
+void applyRc4(std::uint32_t key, std::span<std::uint8_t> bytes)
+{
+    std::array<std::uint8_t, 256> state{};
+    std::iota(state.begin(), state.end(), std::uint8_t{0});
+    std::array<std::uint8_t, 4> keyBytes{};
+    store32(keyBytes.data(), key);
+    std::uint8_t j = 0;
+    for (std::size_t i = 0; i < state.size(); ++i) {
+        j = static_cast<std::uint8_t>(j + state[i] + keyBytes[i % keyBytes.size()]);
+        std::swap(state[i], state[j]);
+    }
+    std::uint8_t a = 0;
+    std::uint8_t b = 0;
+    for (std::uint8_t& byte : bytes) {
+        a = static_cast<std::uint8_t>(a + 1);
+        b = static_cast<std::uint8_t>(b + state[a]);
+        std::swap(state[a], state[b]);
+        byte = static_cast<std::uint8_t>(byte ^ state[static_cast<std::uint8_t>(state[a] + state[b])]);
+    }
+}
+
+void applyHeaderMask(PageBytes& page)
+{
+    applyRc4(0x6B39DAC7, std::span(page).subspan(maskStart, maskLength));
+}
+
+Header::Header(const PageBytes& page)
+    : m_plain(page)
+{
+    const std::string_view name(reinterpret_cast<const char*>(page.data() + 4), 15);
+    const std::uint32_t generation = load32(page.data() + 0x14);
+    if (load32(page.data()) != 0x00000100 || (name != formatName && name != "Standard ACE DB"))
+        throw Error(ErrorKind::NotADatabase, "O arquivo não é um banco de dados do Access.");
+    if (name != formatName || generation > 1)
+        throw Error(ErrorKind::NotADatabase,
+                    "O arquivo é do Access 2007 ou mais novo (.accdb), que não é atendido. Salve-o no formato do "
+                    "Access 2000-2003 (.mdb).");
+    if (generation == 0)
+        throw Error(ErrorKind::NotADatabase, "O arquivo é do Access 97 ou anterior, que não é atendido. Converta-o "
+                                             "para o formato do Access 2000-2003.");
+    applyHeaderMask(m_plain);
+}
+
+std::array<std::uint8_t, 4> Header::stampMask() const
+{
+    const double stamp = loadDouble(m_plain.data() + stampStart);
+    // A damaged stamp must not reach the cast.
+    const double whole = std::isfinite(stamp) && std::fabs(stamp) < 2147483647.0 ? std::trunc(stamp) : 0.0;
+    std::array<std::uint8_t, 4> mask{};
+    store(mask.data(), static_cast<std::int32_t>(whole));
+    return mask;
+}
+
+Bytes Header::password() const
+{
+    const auto mask = stampMask();
+    Bytes field(passwordLength);
+    for (std::size_t i = 0; i < field.size(); ++i)
+        field[i] = static_cast<std::uint8_t>(m_plain[passwordStart + i] ^ mask[i % 4]);
+    std::size_t length = 0;
+    while (length < field.size() && load16(field.data() + length) != 0)
+        length += 2;
+    field.resize(length);
+    return field;
+}
+
+void Header::setPassword(ByteView password)
+{
+    if (password.size() > passwordLength)
+        throw Error(ErrorKind::TooLong, "A senha do banco de dados tem no máximo 20 caracteres.");
+    const auto mask = stampMask();
+    for (std::size_t i = 0; i < passwordLength; ++i) {
+        const std::uint8_t plain = i < password.size() ? password[i] : std::uint8_t{0};
+        m_plain[passwordStart + i] = static_cast<std::uint8_t>(plain ^ mask[i % 4]);
+    }
+}
+
+bool Header::generalOrder() const
+{
+    return load16(m_plain.data() + orderStart) == 0x0409 && m_plain[orderStart + 3] == 0;
+}
+
+std::uint32_t Header::accountKey() const
+{
+    std::array<std::uint8_t, 80> region{};
+    std::copy_n(m_plain.begin() + passwordStart, region.size(), region.begin());
+    const auto mask = stampMask();
+    for (std::size_t i = 0; i < passwordLength; ++i)
+        region[i] = static_cast<std::uint8_t>(region[i] ^ mask[i % 4]);
+    std::uint32_t key = load32(m_plain.data() + stampStart);
+    for (std::size_t i = 0; i < 40; ++i)
+        key ^= static_cast<std::uint32_t>(region[2 * i]) << (i % 24);
+    return key;
+}
+
+PageBytes Header::stored() const
+{
+    PageBytes page = m_plain;
+    applyHeaderMask(page);
+    return page;
+}
+
+Header Header::makeNew(double creationStamp)
+{
+    Header header;
+    PageBytes& page = header.m_plain;
+    store32(page.data(), 0x00000100);
+    std::copy(formatName.begin(), formatName.end(), page.begin() + 4);
+    store32(page.data() + 0x14, 1);
+    store32(page.data() + 0x18, 0x00000100);
+    store32(page.data() + 0x1C, 0x00000101);
+    for (std::uint32_t i = 0; i < 4; ++i)
+        store32(page.data() + 0x20 + 4 * i, 2 + i);
+    store16(page.data() + 0x3C, 1252);
+    store32(page.data() + 0x6A, 9756);
+    store32(page.data() + orderStart, 0x00000409);
+    storeDouble(page.data() + stampStart, creationStamp);
+    constexpr std::array<std::uint8_t, 8> version = {0x54, 0x06, 0, 0, 0x34, 0x2E, 0x30, 0};
+    std::copy(version.begin(), version.end(), page.begin() + 0x98);
+    // Idle commit slots; zeros would make Access demand a repair.
+    for (std::size_t i = 0; i < 256; ++i)
+        page[0xE00 + 2 * i + 1] = 1;
+    header.setPassword({});
+    return header;
+}
+
+} // namespace accessfile

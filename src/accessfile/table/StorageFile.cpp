@@ -1,0 +1,189 @@
+#include "accessfile/table/StorageFile.h"
+
+#include "accessfile/Error.h"
+#include "accessfile/format/TextCodec.h"
+
+#include <algorithm>
+
+namespace accessfile {
+
+namespace {
+
+constexpr PageNumber catalogPage = 2;
+constexpr std::uint32_t systemFlags = 0x80000002;
+constexpr std::uint32_t hiddenFlag = 0x08;
+
+std::int32_t numberAt(const Cursor& cursor, int column)
+{
+    const Value value = cursor.value(column);
+    const auto* number = std::get_if<std::int32_t>(&value);
+    return number == nullptr ? 0 : *number;
+}
+
+} // namespace
+
+StorageFile::StorageFile(FileSystem& files, const std::filesystem::path& file, const OpenOptions& options)
+    : m_space(files, file, options)
+    , m_catalog(m_space, catalogPage, "MSysObjects", {})
+{
+    if (!acceptsPassword(options.password))
+        throw Error(ErrorKind::WrongPassword, "A senha do banco de dados não confere.");
+    m_catalog.allowSystem();
+    m_catalog.reload({});
+    readCatalog();
+}
+
+void StorageFile::readCatalog()
+{
+    const int id = m_catalog.columnIndex("Id");
+    const int type = m_catalog.columnIndex("Type");
+    const int flags = m_catalog.columnIndex("Flags");
+    const int name = m_catalog.columnIndex("Name");
+    if (id < 0 || type < 0 || flags < 0 || name < 0)
+        throwDamaged("catálogo de tabelas");
+    std::vector<CatalogEntry> entries;
+    for (const auto cursor = m_catalog.scan(); cursor->next();) {
+        CatalogEntry entry;
+        entry.id = numberAt(*cursor, id);
+        entry.type = numberAt(*cursor, type);
+        entry.flags = static_cast<std::uint32_t>(numberAt(*cursor, flags));
+        entry.row = cursor->rowId();
+        static_cast<void>(cursor->appendText(name, entry.name));
+        entries.push_back(std::move(entry));
+    }
+    m_entries = std::move(entries);
+}
+
+bool StorageFile::acceptsPassword(std::string_view password) const
+{
+    std::string own;
+    appendUtf16(m_space.header.password(), own);
+    return own.empty() || own == password;
+}
+
+std::vector<std::string> StorageFile::tableNames() const
+{
+    std::vector<std::string> names;
+    for (const CatalogEntry& entry : m_entries) {
+        if (entry.type == CatalogEntry::tableType && (entry.flags & (systemFlags | hiddenFlag)) == 0)
+            names.push_back(entry.name);
+    }
+    return names;
+}
+
+const CatalogEntry* StorageFile::find(std::string_view name) const
+{
+    for (const CatalogEntry& entry : m_entries) {
+        const bool named = entry.type == CatalogEntry::tableType || entry.type == CatalogEntry::odbcLinkType ||
+                           entry.type == CatalogEntry::queryType || entry.type == CatalogEntry::linkedType;
+        if (named && sameName(entry.name, name))
+            return &entry;
+    }
+    return nullptr;
+}
+
+Bytes StorageFile::propertiesOf(const CatalogEntry& entry)
+{
+    const int column = m_catalog.columnIndex("LvProp");
+    if (column < 0)
+        return {};
+    RowReader reader(m_space, m_catalog.definition());
+    reader.open(m_space.pager.page(entry.row.page), entry.row);
+    const Value value = reader.value(column);
+    const Bytes* blob = std::get_if<Bytes>(&value);
+    return blob == nullptr ? Bytes() : *blob;
+}
+
+TableFile* StorageFile::tableFile(std::string_view name)
+{
+    const CatalogEntry* entry = find(name);
+    if (entry == nullptr || entry->type == CatalogEntry::queryType)
+        return nullptr;
+    if (entry->type != CatalogEntry::tableType)
+        throw Error(ErrorKind::MissingTable,
+                    "A tabela '" + entry->name + "' é vinculada a outro arquivo e não pode ser lida aqui.");
+    const auto page = static_cast<PageNumber>(entry->id);
+    const auto held = m_tables.find(page);
+    if (held != m_tables.end())
+        return held->second.get();
+    auto table = std::make_unique<TableFile>(m_space, page, entry->name, propertiesOf(*entry));
+    return m_tables.emplace(page, std::move(table)).first->second.get();
+}
+
+Table* StorageFile::table(std::string_view name)
+{
+    return tableFile(name);
+}
+
+void StorageFile::beginStatement()
+{
+    if (m_space.pager.inUnit())
+        throw Error(ErrorKind::IoError, "Já há um comando em andamento no arquivo.");
+    m_space.pager.begin();
+    m_space.halfway = false;
+    m_definitionsChanged = false;
+}
+
+void StorageFile::commitStatement()
+{
+    if (!m_space.pager.inUnit())
+        return;
+    if (m_space.halfway) {
+        rollbackStatement();
+        throw Error(ErrorKind::IoError, "O comando falhou no meio e foi desfeito.");
+    }
+    try {
+        m_space.pager.commit();
+    } catch (...) {
+        rollbackStatement();
+        throw;
+    }
+    m_space.allocator.keepUnit();
+    m_definitionsChanged = false;
+}
+
+void StorageFile::rollbackStatement() noexcept
+{
+    m_space.pager.rollback();
+    m_space.allocator.forgetUnit();
+    m_space.halfway = false;
+    if (!m_definitionsChanged)
+        return;
+    m_definitionsChanged = false;
+    try {
+        m_space.header = Header(*m_space.pager.page(0));
+        m_catalog.reload({});
+        readCatalog();
+        std::erase_if(m_tables, [this](const auto& held) {
+            return std::none_of(m_entries.begin(), m_entries.end(), [&](const CatalogEntry& entry) {
+                return entry.type == CatalogEntry::tableType && static_cast<PageNumber>(entry.id) == held.first;
+            });
+        });
+        for (const CatalogEntry& entry : m_entries) {
+            const auto held = m_tables.find(static_cast<PageNumber>(entry.id));
+            if (entry.type == CatalogEntry::tableType && held != m_tables.end())
+                held->second->reload(propertiesOf(entry));
+        }
+    } catch (...) {
+        // The definitions could not be read back: nothing more is changed through them.
+        m_space.pager.forbidWriting("O arquivo só pode ser lido: as definições dele não puderam ser relidas.");
+    }
+}
+
+void StorageFile::setDefaultEvaluator(DefaultEvaluator evaluator)
+{
+    m_space.evaluator = std::move(evaluator);
+}
+
+std::unique_ptr<StorageFile> openStorage(FileSystem& files, const std::filesystem::path& file,
+                                         const OpenOptions& options)
+{
+    return std::make_unique<StorageFile>(files, file, options);
+}
+
+std::unique_ptr<Storage> Storage::open(const std::filesystem::path& file, const OpenOptions& options)
+{
+    return openStorage(nativeFileSystem(), file, options);
+}
+
+} // namespace accessfile

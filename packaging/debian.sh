@@ -1,7 +1,7 @@
 # shellcheck shell=sh disable=SC2034,SC2154 # the names are those of the scripts that read this
 # Sourced by run and check: what they need on a Debian 12 machine, and how it gets there.
 
-packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev libcups2-dev"
+packages_to_build="g++ cmake ninja-build pkg-config qt6-base-dev unixodbc-dev libcups2-dev libxcb1-dev"
 packages_to_run="qt6-qpa-plugins qt6-translations-l10n libqt6svg6 fonts-liberation odbc-mariadb mariadb-server-core
     mariadb-client-core libcups2"
 packages_to_tour="xvfb openbox xdotool"

@@ -37,6 +37,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     , m_fer(new QMenu(this))
 {
     m_ui->setupUi(this);
+    m_text1Focus = new platform::FocusWatch(m_ui->Text1);
     m_lb = {m_ui->lb_0, m_ui->lb_1, m_ui->lb_2, m_ui->lb_3, m_ui->lb_4, m_ui->lb_5, m_ui->lb_6};
     m_timer1.setObjectName(QStringLiteral("Timer1"));
     m_timer1.setInterval(BlinkInterval);
@@ -63,6 +64,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
 frmprincipal::~frmprincipal()
 {
     qApp->removeEventFilter(this);
+    m_text1Focus->disconnect(this); // The box loses the focus when it goes, and this window is gone by then.
 }
 
 void frmprincipal::connectControls()
@@ -76,8 +78,7 @@ void frmprincipal::connectControls()
             popupFer(position);
     });
     connect(m_ui->Text1, &QLineEdit::textChanged, this, &frmprincipal::text1Change);
-    connect(new platform::FocusWatch(m_ui->Text1), &platform::FocusWatch::LostFocus, this,
-            &frmprincipal::text1LostFocus);
+    connect(m_text1Focus, &platform::FocusWatch::LostFocus, this, &frmprincipal::text1LostFocus);
     connect(m_ui->flexG, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) { handle([&] { flexGKey(*event); }); });
     connect(m_ui->btf, &QPushButton::clicked, this, [this] { handle([this] { fecha_com_senha(); }); });
 

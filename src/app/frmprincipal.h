@@ -26,7 +26,8 @@ class StationDatabase;
 }
 namespace platform {
 class FlexGrid;
-}
+class FocusWatch;
+} // namespace platform
 namespace reports {
 struct ReportServices;
 }
@@ -129,6 +130,7 @@ private:
     const platform::Printers m_printers;
 
     std::array<QLabel*, LbCount> m_lb{};
+    platform::FocusWatch* m_text1Focus = nullptr;
     QMenu* const m_fer; ///< The pop-up menu of the pump grid; not in the menu bar.
     QTimer m_timer1{this};
     int m_linha = 0;         ///< The selected row of the pump grid.

@@ -314,6 +314,13 @@ private Q_SLOTS:
         QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
         QCOMPARE(box->text(), QStringLiteral("3,45"));
         QCOMPARE(codes.size(), 7);
+        QApplication::clipboard()->setText(QStringLiteral("R$ 1.234.567,50"));
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(box->text(), QStringLiteral("1234567,50")); // a figure with thousands points stays that figure
+        QApplication::clipboard()->setText(QStringLiteral("R$ 3.45\n"));
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
         QTest::keyClick(box, Qt::Key_Left);
         QTest::keyClick(box, Qt::Key_Delete);
         QCOMPARE(box->text(), QStringLiteral("3,4"));

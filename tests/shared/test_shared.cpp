@@ -156,6 +156,28 @@ private Q_SLOTS:
         QCOMPARE(read.endereco, u"Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"_s);
     }
 
+    void comingBackSelectsNothing()
+    {
+        QWidget window;
+        QWidget other;
+        auto& box = *new QLineEdit(&window);
+        auto& next = *new QLineEdit(&window);
+        for (QLineEdit* const one : {&box, &next})
+            Module1::seleciona_ao_focar(*one);
+        next.setText(u"12,5"_s);
+        support::open(window);
+        box.setFocus();
+        QTest::keyClicks(&box, u"1234"_s);
+        support::open(other);
+        support::open(window);
+        QVERIFY(box.hasFocus());
+        QCOMPARE(box.selectedText(), QString());
+        support::open(other);
+        next.setFocus(); // by the program, while another window is in front
+        support::open(window);
+        QCOMPARE(next.selectedText(), u"12,5"_s);
+    }
+
     /// A window that is closed while its handler lets events run lives until the handler has returned.
     void windowClosedInItsHandler()
     {

@@ -27,9 +27,11 @@ bool FocusWatch::eventFilter(QObject* watched, QEvent* event)
             m_here = false;
             Q_EMIT LostFocus();
         }
-    } else if (!std::exchange(m_here, true) || !passing) {
+    } else {
         // Given the focus while another window was in front, a widget gets it when its own window is active again.
-        Q_EMIT GotFocus(reason);
+        const bool givenMeanwhile = !std::exchange(m_here, true) && reason == Qt::ActiveWindowFocusReason;
+        if (!passing || givenMeanwhile)
+            Q_EMIT GotFocus(reason);
     }
     return false;
 }

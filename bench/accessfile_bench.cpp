@@ -29,9 +29,15 @@ class NoConversions : public accessfile::RegionalConversions
 {
 public:
     std::optional<double> toNumber(std::string_view) const override { return std::nullopt; }
+    std::optional<accessfile::Numeric> toDecimal(std::string_view) const override { return std::nullopt; }
     std::optional<double> toDate(std::string_view) const override { return std::nullopt; }
     std::string numberToText(double) const override { return {}; }
     std::string dateToText(double) const override { return {}; }
+    std::string format(const accessfile::Value&, std::string_view) const override { return {}; }
+    std::optional<accessfile::CalendarDay> day(const accessfile::Value&) const override { return std::nullopt; }
+    double leadingNumber(std::string_view) const override { return 0; }
+    std::string upperCase(std::string_view) const override { return {}; }
+    std::string lowerCase(std::string_view) const override { return {}; }
 };
 
 /// Counts cells without keeping them.

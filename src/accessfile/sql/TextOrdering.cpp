@@ -115,6 +115,21 @@ std::size_t utf16Length(std::string_view utf8)
     return units;
 }
 
+std::string sliceUnits(std::string_view utf8, std::size_t begin, std::size_t count)
+{
+    std::string result;
+    std::size_t unit = 0;
+    bool valid = true;
+    for (std::size_t position = 0; position < utf8.size() && unit < begin + count;) {
+        const std::size_t start = position;
+        const std::size_t first = unit;
+        unit += decode(utf8, position, valid) >= 0x10000 ? 2 : 1;
+        if (first >= begin && unit <= begin + count)
+            result += utf8.substr(start, position - start);
+    }
+    return result;
+}
+
 char32_t foldCase(char32_t c)
 {
     if (c < 0x80)

@@ -28,7 +28,7 @@ class RegionalConversions
 public:
     virtual ~RegionalConversions() = default;
     [[nodiscard]] virtual std::optional<double> toNumber(std::string_view utf8) const = 0;
-    /// The same number with all its digits; nullopt too when 28 do not hold it.
+    /// The same number with all its digits; nullopt too when 38 do not hold it.
     [[nodiscard]] virtual std::optional<Numeric> toDecimal(std::string_view utf8) const = 0;
     /// Days since 1899-12-30.
     [[nodiscard]] virtual std::optional<double> toDate(std::string_view utf8) const = 0;

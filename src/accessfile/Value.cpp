@@ -9,7 +9,7 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t mostDigits = 28;
+constexpr std::size_t mostDigits = 38;
 constexpr int moneyScale = 4;
 
 using Magnitude = std::array<std::uint32_t, 4>;
@@ -30,7 +30,7 @@ std::string digitsOf(Magnitude magnitude)
     return digits;
 }
 
-/// The decimal of at most 28 digits; nullopt for more.
+/// The decimal of at most 38 digits; nullopt for more.
 std::optional<Numeric> fromDigits(bool negative, std::string_view digits, std::size_t scale)
 {
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));

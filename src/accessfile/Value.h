@@ -87,9 +87,9 @@ struct RowId
 /// All digits with a point, as many decimals as the scale; never an exponent.
 [[nodiscard]] std::string decimalText(const Numeric& decimal);
 /// Sign, digits, a point and an exponent, each but the digits optional; nullopt for any other text and for a number
-/// that 28 digits do not hold exactly.
+/// that 38 digits do not hold exactly.
 [[nodiscard]] std::optional<Numeric> parseDecimal(std::string_view plain);
-/// The same number with another count of decimals, surplus ones cut off; nullopt when 28 digits do not hold it.
+/// The same number with another count of decimals, surplus ones cut off; nullopt when 38 digits do not hold it.
 [[nodiscard]] std::optional<Numeric> withScale(Numeric decimal, int scale);
 /// -1, 0, 1; whatever the scales.
 [[nodiscard]] int compareDecimals(const Numeric& a, const Numeric& b);

@@ -26,15 +26,11 @@ std::string digits(Number number)
 
 std::string digits(accessfile::Money money)
 {
-    const bool negative = money.scaled < 0;
-    const auto magnitude = negative ? 0 - static_cast<std::uint64_t>(money.scaled) : std::uint64_t(money.scaled);
-    std::string text = std::to_string(magnitude);
-    text.insert(0, text.size() < 5 ? 5 - text.size() : 0, '0');
-    text.insert(text.size() - 4, ".");
+    std::string text = accessfile::decimalText(accessfile::toDecimal(money));
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.')
         text.pop_back();
-    return negative ? '-' + text : text;
+    return text;
 }
 
 template <typename Container>

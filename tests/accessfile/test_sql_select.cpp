@@ -124,7 +124,7 @@ void TestSqlSelect::finds_data()
         {"where id < 5 order by litros desc , id asc;", "4; 1; 3; 2"},
         {"where id in (1,4,5,7) order by litros, id desc", "7; 5; 1; 4"},
         {"where id < 4 order by -id", "3; 2; 1"},
-        {"where id < 4 order by 1 desc", "3; 2; 1"},
+        {"where id < 4 order by 'x', 1 desc", "3; 2; 1"},
     });
 }
 
@@ -195,7 +195,8 @@ void TestSqlSelect::answers_data()
          "'1.025,00'|'15/03/24'|''|'1,5'|' x'"},
         {"Select year('15/03/2024'), month(45366), day(#3/9/24#), year(Null)", "2024|3|9|NULL"},
         {"Select val('12.5 l'), val('x'), val(Null), ucase('ação ß'), lcase('ÁGUA')", "12.5|0.0|NULL|'AÇÃO ß'|'água'"},
-        {"Select left('óleo', 2), right('óleo', 9), right('óleo', 1), mid('óleo', 2, 2), mid('óleo', 4), left('🛢x', "
+        {"Select left('óleo', 2), right('óleo', 9), right('óleo', 1), mid('óleo', 2, 2), mid('óleo', 4), "
+         "left('🛢x', "
          "2), "
          "left('🛢x', 1), left(Null, 1)",
          "'ól'|'óleo'|'o'|'le'|'o'|'🛢'|''|NULL"},

@@ -132,10 +132,10 @@ void Selection::bindOrder(Binder& binder)
 {
     for (OrderItem& item : m_statement.order) {
         Expression& expression = *item.expression;
-        if (expression.form == Expression::Form::Literal) {
-            const std::int32_t* position = std::get_if<std::int32_t>(&expression.literal);
+        const bool constant = expression.form == Expression::Form::Literal;
+        if (const auto* position = constant ? std::get_if<std::int32_t>(&expression.literal) : nullptr) {
             const auto size = static_cast<std::int32_t>(m_outputs.size());
-            if (position == nullptr || *position < 1 || *position > size)
+            if (*position < 1 || *position > size)
                 throw syntaxError("ORDER BY clause");
             item.output = *position - 1;
             continue;

@@ -39,7 +39,7 @@ void appendDouble(double number, std::string& key)
 void appendDecimal(const Numeric& decimal, std::string& key)
 {
     appendDouble(toDouble(decimal), key);
-    constexpr int mostDecimals = 28;
+    constexpr int mostDecimals = 38;
     std::string digits = decimalText(decimal);
     if (decimal.scale == 0)
         digits += '.';

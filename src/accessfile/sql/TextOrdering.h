@@ -7,7 +7,6 @@
 // How texts are compared: by the file's order, case and trailing blanks ignored, accents not.
 namespace accessfile::sql {
 
-[[nodiscard]] bool isValidUtf8(std::string_view text);
 /// Code points; bytes that are no UTF-8 give U+FFFD.
 [[nodiscard]] std::u32string codePoints(std::string_view utf8);
 /// Length in UTF-16 units, the measure of a text column.

@@ -1,5 +1,6 @@
 #include "accessfile/Database.h"
 #include "accessfile/Error.h"
+#include "mdbsql/CommandLine.h"
 #include "mdbsql/Script.h"
 #include "platform/ado/AccessConversions.h"
 
@@ -217,7 +218,7 @@ bool isTerminal()
 
 int runMain(const Options& options)
 {
-    const std::filesystem::path file(options.file);
+    const std::filesystem::path file(std::u8string(options.file.begin(), options.file.end()));
     if (options.create)
         accessfile::Storage::create(file, options.password);
     accessfile::OpenOptions opening;
@@ -246,7 +247,7 @@ int runMain(const Options& options)
 int main(int count, char** values)
 {
     std::ios::sync_with_stdio(false);
-    const std::optional<Options> options = readArguments({values + 1, values + count});
+    const std::optional<Options> options = readArguments(commandLine(count, values));
     if (!options) {
         std::cerr << usage;
         return 2;

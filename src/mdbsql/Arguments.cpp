@@ -32,7 +32,7 @@ Código de saída: 0 tudo certo; 1 erro em um comando ou falha no arquivo; 2 arg
 ser gravada.
 )";
 
-std::variant<Options, Help, Misuse> readArguments(int count, char** values)
+std::variant<Options, Help, Misuse> readArguments(const std::vector<std::string>& typed)
 {
     const QCommandLineOption help(QStringLiteral("help"));
     const QCommandLineOption command(QStringLiteral("c"), {}, QStringLiteral("COMANDO"));
@@ -42,9 +42,9 @@ std::variant<Options, Help, Misuse> readArguments(int count, char** values)
     QCommandLineParser parser;
     parser.addOptions({help, command, password, create, verify});
 
-    QStringList arguments;
-    for (int i = 0; i < count; ++i)
-        arguments += QString::fromLocal8Bit(values[i]);
+    QStringList arguments{QStringLiteral("mdbsql")};
+    for (const std::string& argument : typed)
+        arguments += QString::fromStdString(argument);
     const bool understood = parser.parse(arguments);
     if (parser.isSet(help))
         return Help();

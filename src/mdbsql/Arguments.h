@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 /// What the command line asks for.
 struct Options
@@ -25,7 +26,8 @@ struct Misuse
     std::string reason;
 };
 
-[[nodiscard]] std::variant<Options, Help, Misuse> readArguments(int count, char** values);
+/// `typed`: the arguments behind the program's name, in UTF-8.
+[[nodiscard]] std::variant<Options, Help, Misuse> readArguments(const std::vector<std::string>& typed);
 
 /// How the program is called, what it speaks and its exit codes.
 extern const char* const helpText;

@@ -1,6 +1,7 @@
 #include "accessfile/Database.h"
 #include "accessfile/Error.h"
 #include "mdbsql/Arguments.h"
+#include "mdbsql/CommandLine.h"
 #include "mdbsql/Output.h"
 #include "mdbsql/Script.h"
 #include "platform/ado/AccessConversions.h"
@@ -107,7 +108,7 @@ int main(int count, char** values)
     std::signal(SIGPIPE, SIG_IGN); // A closed pipe is an error of the output, told like a full disk.
 #endif
     try {
-        const std::variant<Options, Help, Misuse> arguments = readArguments(count, values);
+        const std::variant<Options, Help, Misuse> arguments = readArguments(commandLine(count, values));
         if (const Misuse* misuse = std::get_if<Misuse>(&arguments)) {
             std::cerr << "mdbsql: " << printable(misuse->reason) << "\n\n" << helpText;
             return Misused;

@@ -1,11 +1,10 @@
 #include "accessfile/AccessTestTools.h"
 
 #include "accessfile/format/Utf8.h"
+#include "support/OutsideProgram.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QUuid>
 
 #include <algorithm>
@@ -89,18 +88,17 @@ Rows rowsOf(const Table& table)
 
 bool exporterInstalled()
 {
-    return !QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty();
+    return !support::outsideProgram(QStringLiteral("mdb-export")).isEmpty();
 }
 
 namespace {
 
 QByteArray outputOf(const QString& program, const QStringList& arguments)
 {
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
-        throw std::runtime_error(process.readAllStandardError().toStdString());
-    return process.readAllStandardOutput();
+    const support::Outcome outcome = support::runOutside(program, arguments);
+    if (!outcome.succeeded())
+        throw std::runtime_error(outcome.errors.toStdString());
+    return outcome.output;
 }
 
 /// Rows of a table as another reader of the format shows them.

@@ -5,29 +5,13 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLockFile>
-#include <QStandardPaths>
 #include <QThread>
 
-#include <cerrno>
-#include <csignal>
 #include <stdexcept>
-
-#include <unistd.h>
-#ifdef Q_OS_LINUX
-#include <sys/prctl.h>
-#endif
 
 namespace support {
 
 namespace {
-
-QString program(const QString& name)
-{
-    const QString found = QStandardPaths::findExecutable(name);
-    return found.isEmpty()
-               ? QStandardPaths::findExecutable(name, {QStringLiteral("/usr/sbin"), QStringLiteral("/usr/local/sbin")})
-               : found;
-}
 
 [[noreturn]] void fail(const QString& text)
 {
@@ -36,14 +20,18 @@ QString program(const QString& name)
 
 QString runProgram(const QString& name, const QStringList& arguments, const QByteArray& input = {})
 {
-    QProcess process;
-    process.start(program(name), arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
-        fail(name + QStringLiteral(": ") + QString::fromUtf8(process.readAllStandardError()));
+    const Outcome outcome = runOutside(outsideProgram(name), arguments, input);
+    if (!outcome.succeeded()) {
+        fail(name + QStringLiteral(": ") + QString::fromUtf8(outcome.errors));
     }
-    return QString::fromUtf8(process.readAllStandardOutput());
+    return QString::fromUtf8(outcome.output);
+}
+
+/// Root has to name the user that the server works as; for everybody else there is no choice.
+bool isRoot()
+{
+    static const bool result = runOutside(QStringLiteral("id"), {QStringLiteral("-u")}).output.trimmed() == "0";
+    return result;
 }
 
 void write(const QString& path, const QString& text)
@@ -73,7 +61,7 @@ QString templateFolder()
         QStringList arguments = {
             QStringLiteral("--defaults-file=") + options, QStringLiteral("--datadir=") + unfinished,
             QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--skip-test-db")};
-        if (::geteuid() == 0) { // Else the server would want a user of its own.
+        if (isRoot()) {
             arguments << QStringLiteral("--user=root");
         }
         runProgram(QStringLiteral("mariadb-install-db"), arguments);
@@ -89,8 +77,8 @@ void removeLeftovers()
 {
     const QDir temporary(QDir::tempPath());
     for (const QString& name : temporary.entryList({QStringLiteral("planilha-mariadb-*")}, QDir::Dirs)) {
-        const auto owner = name.section(QLatin1Char('-'), 2, 2).toInt();
-        if (owner > 0 && ::kill(owner, 0) != 0 && errno == ESRCH) {
+        const auto owner = name.section(QLatin1Char('-'), 2, 2).toLongLong();
+        if (owner != QCoreApplication::applicationPid() && !QFile::exists(QStringLiteral("/proc/%1").arg(owner))) {
             QDir(temporary.filePath(name)).removeRecursively();
         }
     }
@@ -124,8 +112,10 @@ void MariaDbServer::likeAStations()
 
 bool MariaDbServer::isInstalled()
 {
-    return !program(QStringLiteral("mariadbd")).isEmpty() && !program(QStringLiteral("mariadb-install-db")).isEmpty() &&
-           !program(QStringLiteral("mariadb")).isEmpty();
+    static const bool result = !outsideProgram(QStringLiteral("mariadbd")).isEmpty() &&
+                               !outsideProgram(QStringLiteral("mariadb-install-db")).isEmpty() &&
+                               !outsideProgram(QStringLiteral("mariadb")).isEmpty();
+    return result;
 }
 
 MariaDbServer& MariaDbServer::shared()
@@ -159,7 +149,7 @@ MariaDbServer::MariaDbServer()
                          "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
                          "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
                          "innodb_undo_tablespaces=0\n%4")
-              .arg(m_folder, m_host, ::geteuid() == 0 ? QStringLiteral("user=root\n") : QString(),
+              .arg(outsidePath(m_folder), m_host, isRoot() ? QStringLiteral("user=root\n") : QString(),
                    isLikeAStations ? QString()
                                    : QStringLiteral("innodb_log_file_size=4M\ninnodb_buffer_pool_size=32M\n"
                                                     "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")));
@@ -183,13 +173,8 @@ void MariaDbServer::start()
 {
     const QString log = m_folder + QStringLiteral("/server.log");
     QFile::remove(log);
-#ifdef Q_OS_LINUX
-    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-#endif
-    m_process.setStandardOutputFile(QProcess::nullDevice());
-    m_process.setStandardErrorFile(QProcess::nullDevice());
-    m_process.start(program(QStringLiteral("mariadbd")),
-                    {QStringLiteral("--defaults-file=") + m_folder + QStringLiteral("/my.cnf")});
+    m_process.start(outsideProgram(QStringLiteral("mariadbd")),
+                    {QStringLiteral("--defaults-file=") + outsidePath(m_folder) + QStringLiteral("/my.cnf")});
     QElapsedTimer waited;
     waited.start();
     for (;;) {
@@ -198,7 +183,7 @@ void MariaDbServer::start()
         if (text.contains("ready for connections")) {
             return;
         }
-        if (m_process.waitForFinished(20) || waited.elapsed() > 60'000) {
+        if (m_process.waitForEnd(20) || waited.elapsed() > 60'000) {
             fail(QStringLiteral("mariadbd does not start: ") + QString::fromUtf8(text));
         }
     }
@@ -206,17 +191,17 @@ void MariaDbServer::start()
 
 void MariaDbServer::stop()
 {
-    m_process.terminate();
-    if (!m_process.waitForFinished(60'000)) {
+    m_process.signal(QStringLiteral("TERM"));
+    if (!m_process.waitForEnd(60'000)) {
         kill();
     }
 }
 
 void MariaDbServer::kill()
 {
-    if (m_process.state() != QProcess::NotRunning) {
-        m_process.kill();
-        m_process.waitForFinished(30'000);
+    if (m_process.isRunning()) {
+        m_process.signal(QStringLiteral("KILL"));
+        (void)m_process.waitForEnd(30'000);
     }
 }
 
@@ -228,12 +213,12 @@ void MariaDbServer::restart()
 
 void MariaDbServer::pause()
 {
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+    m_process.signal(QStringLiteral("STOP"));
 }
 
 void MariaDbServer::resume()
 {
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+    m_process.signal(QStringLiteral("CONT"));
 }
 
 QList<QStringList> MariaDbServer::run(const QString& statements, const QString& database) const

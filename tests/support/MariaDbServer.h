@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/OutsideProgram.h"
+
 #include <QList>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -52,7 +53,7 @@ public:
 private:
     QString m_folder;
     QString m_host;
-    QProcess m_process;
+    OutsideServer m_process;
     int m_databases = 0;
 };
 

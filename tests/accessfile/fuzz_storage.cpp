@@ -165,11 +165,11 @@ bool memoryIsBounded()
 
 int main(int count, char** values)
 {
-    if (count < 2) {
+    const std::size_t cases = count > 1 ? std::strtoul(values[1], nullptr, 10) : 0;
+    if (cases == 0) {
         std::cerr << "fuzz_storage COUNT [FIRST]\n";
         return 2;
     }
-    const std::size_t cases = std::strtoul(values[1], nullptr, 10);
     const std::size_t first = count > 2 ? std::strtoul(values[2], nullptr, 10) : 1;
     const std::array<Bytes, 3> stations = {smallStation(1), smallStation(2), smallStation(3)};
     std::size_t opened = 0;

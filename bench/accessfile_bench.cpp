@@ -391,7 +391,7 @@ int main(int count, char** values)
     std::filesystem::create_directories(folder);
     addAll();
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    const std::size_t measured = benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.printRatios();
 #ifdef __unix__
     rusage usage{};
@@ -399,5 +399,5 @@ int main(int count, char** values)
     std::printf("peak memory of both: %ld MB\n", usage.ru_maxrss / 1024);
 #endif
     std::filesystem::remove_all(folder);
-    return 0;
+    return measured > 0 ? 0 : 1; // Of a name that there is not, the library has said so.
 }

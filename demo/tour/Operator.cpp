@@ -347,20 +347,21 @@ void Operator::print(const QString& file, const QString& pictureName)
 void Operator::print(const QString& file, const QString& pictureName)
 {
     const QString dialog = QStringLiteral("dlgPrinter");
-    QFile::remove(file);
+    const QString path = m_folder + u'/' + file;
+    QFile::remove(path);
     window(dialog);
     // PDF is the last of the printers.
     click(dialog, QStringLiteral("printers"));
     QThread::msleep(SettleMs);
     key(QStringLiteral("End"));
     key(QStringLiteral("Return"));
-    fill(dialog, QStringLiteral("filename"), file);
+    fill(dialog, QStringLiteral("filename"), file); // The folder's own name may have letters that no key here makes.
     if (!pictureName.isEmpty())
         picture(pictureName);
     key(QStringLiteral("Return"));
     windowGone(dialog);
     expect(file + QStringLiteral(" has been printed"), [&] {
-        QFile paper(file);
+        QFile paper(path);
         return paper.open(QIODevice::ReadOnly) && paper.read(5) == "%PDF-" && paper.size() > 2000;
     });
 }

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTimeZone>
 #include <QUuid>
 
 #include <algorithm>
@@ -29,7 +30,7 @@ std::string dateText(double serial)
 {
     const double days = std::trunc(serial);
     const double fraction = std::fabs(serial - days);
-    return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), Qt::UTC)
+    return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), QTimeZone::utc())
         .addSecs(static_cast<qint64>(std::floor(fraction * 86400 + 0.5)))
         .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
         .toStdString();

@@ -344,11 +344,11 @@ int main(int count, char** values)
     static const std::map<std::string, Case> kinds = {
         {"data", dataFile}, {"journals", journal}, {"settings", settings}, {"statements", statements}};
     const auto kind = kinds.find(count > 1 ? values[1] : "");
-    if (kind == kinds.end() || count < 3) {
+    const std::size_t cases = count > 2 ? std::strtoul(values[2], nullptr, 10) : 0;
+    if (kind == kinds.end() || cases == 0) {
         std::cerr << "fuzz data|journals|settings|statements COUNT [FIRST]\n";
         return 2;
     }
-    const std::size_t cases = std::strtoul(values[2], nullptr, 10);
     const std::size_t first = count > 3 ? std::strtoul(values[3], nullptr, 10) : 1;
     std::size_t results = 0;
     for (std::size_t number = first; number < first + cases; ++number) {

@@ -5,8 +5,10 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <memory>
+#include <optional>
 
 namespace support {
 
@@ -28,8 +30,9 @@ public:
     MariaDbServer& operator=(const MariaDbServer&) = delete;
 
     [[nodiscard]] const QString& host() const { return m_host; }
-    [[nodiscard]] static QString user() { return QStringLiteral("posto"); }
-    [[nodiscard]] static QString password() { return QStringLiteral("b0mbas"); }
+    /// Made by chance for each process: the address is open to every user of the machine.
+    [[nodiscard]] static QString user();
+    [[nodiscard]] static QString password();
     /// The program's own connection string for a database of this server.
     [[nodiscard]] QString connectionString(const QString& database) const;
 
@@ -51,6 +54,7 @@ public:
     [[nodiscard]] QStringList statementLog() const;
 
 private:
+    std::optional<QTemporaryDir> m_place; ///< Nobody else enters it.
     QString m_folder;
     QString m_host;
     OutsideServer m_process;

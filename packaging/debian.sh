@@ -2,7 +2,7 @@
 # Sourced by the commands of this tree: what each needs, how it gets there, and the build.
 
 # What is needed, by the names of thing() below.
-things_to_build="compiler cmake ninja qt odbc cups"
+things_to_build="compiler cmake ninja qt odbc cups xcb_headers"
 things_to_run="xcb svg portuguese fonts"
 things_to_serve="server client driver"
 things_to_tour="xvfb openbox xdotool"
@@ -105,6 +105,7 @@ thing() {
         qt_test) what="the Test library of Qt" from=qt6-base-dev && has_qt_part Test ;;
         odbc) what='unixODBC with its headers' from=unixodbc-dev && first_file include/sql.h >/dev/null ;;
         cups) what='the CUPS library with its headers' from=libcups2-dev && first_file include/cups/cups.h >/dev/null ;;
+        xcb_headers) what='the XCB library with its headers' from=libxcb1-dev && first_file include/xcb/xcb.h >/dev/null ;;
         xcb) what="Qt's platform plugin for X11 (libqxcb.so)" from='qt6-qpa-plugins libqt6gui6' &&
             has_qt_plugin platforms/libqxcb.so ;;
         wayland) what="Qt's platform plugin for Wayland" from=qt6-wayland && has_qt_plugin 'platforms/libqwayland*.so' ;;

@@ -1,5 +1,6 @@
 #include "platform/ui/Application.h"
 
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/VisibleFocus.h"
 
 #include <QApplication>
@@ -81,6 +82,7 @@ void prepareApplication(QApplication& application)
     application.setApplicationName(QStringLiteral("Planilha de Bombas"));
     installPortugueseTexts(application);
 
+    InputQueue::install(application);
     QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());
     // A plain, narrow face: the grids show all their columns on a small screen.

@@ -8,8 +8,9 @@ function(planilha_library name)
     target_link_libraries(${name} PRIVATE plain_flags PUBLIC ${ARG_LINKS})
   else()
     set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
-    # Under Ninja moc would look again only into the headers that it knew: a new one is found after each configuring.
-    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/timestamp)
+    # moc reads the headers of the target: a new one is found without configuring by hand.
+    file(GLOB_RECURSE headers CONFIGURE_DEPENDS *.h)
+    target_sources(${name} PRIVATE ${headers})
     target_link_libraries(${name} PRIVATE qt_flags PUBLIC ${ARG_LINKS})
   endif()
 endfunction()
@@ -34,6 +35,6 @@ function(planilha_test name)
     set(ARG_TIMEOUT 300)
   endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}"
-    ENVIRONMENT "LC_ALL=C.UTF-8;QT_QPA_PLATFORM=${platform};PLANILHA_NO_PLACEMENT=1;PLANILHA_SOURCE_DIR=${PROJECT_SOURCE_DIR};PLANILHA_SHARED_DIR=${PROJECT_SOURCE_DIR}/../shared"
+    ENVIRONMENT "LC_ALL=C.UTF-8;QT_QPA_PLATFORM=${platform};PLANILHA_NO_PLACEMENT=1;PLANILHA_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
     SKIP_RETURN_CODE 77 SKIP_REGULAR_EXPRESSION "SKIP   : [^\n]*whole executable")
 endfunction()

@@ -13,9 +13,24 @@ namespace {
 constexpr quint32 LitresColour = 12648447;
 constexpr quint32 ValueColour = 8454143;
 
-double numberOr0(const vb::Variant& value)
+vb::Decimal numberOr0(const vb::Variant& value)
 {
-    return vb::IsNumeric(value) ? vb::CDbl(value) : 0.0;
+    return vb::IsNumeric(value) ? vb::CDec(value) : vb::Decimal();
+}
+
+QString formatted(const vb::ExactSum& sum)
+{
+    return vb::Format(sum.toDecimal(), u"##,#0.00");
+}
+
+/// The product of two numbers of hundredths, where 64 bits hold it.
+std::optional<vb::Currency> product(std::optional<qint64> one, std::optional<qint64> other)
+{
+    constexpr qint64 Limit = 3'000'000'000;
+    const auto isSmall = [](qint64 hundredths) { return hundredths < Limit && hundredths > -Limit; };
+    if (!one || !other || !isSmall(*one) || !isSmall(*other))
+        return std::nullopt;
+    return vb::Currency::fromScaled(*one * *other);
 }
 
 } // namespace
@@ -58,38 +73,23 @@ Reading::Reading(const ado::Recordset& readings)
     , m_row(readings)
 {}
 
-vb::Currency Reading::previous() const
-{
-    return amount(m_previous);
-}
-
-vb::Currency Reading::current() const
-{
-    return amount(m_current);
-}
-
-vb::Currency Reading::calibration() const
-{
-    return amount(m_calibration);
-}
-
-vb::Currency Reading::amount(int field) const
+vb::ExactSum Reading::amount(int field) const
 {
     if (const auto hundredths = vb::plainAmount(m_readings.TextBytes(field)))
-        return vb::Currency::fromScaled(*hundredths * (vb::Currency::Scale / 100));
-    return vb::CCur(numberOr0(m_readings.Fields(field)));
+        return vb::ExactSum(vb::Currency::fromScaled(*hundredths * (vb::Currency::Scale / 100)));
+    return vb::ExactSum(number(field));
 }
 
-double Reading::number(int field) const
+vb::Decimal Reading::number(int field) const
 {
-    if (const auto hundredths = vb::plainAmount(m_readings.TextBytes(field)))
-        return static_cast<double>(*hundredths) / 100;
     return numberOr0(m_readings.Fields(field));
 }
 
 Totals Reading::totals() const
 {
-    return {amount(m_litres), vb::CCur(number(m_litres) * number(m_price))};
+    const auto plain =
+        product(vb::plainAmount(m_readings.TextBytes(m_litres)), vb::plainAmount(m_readings.TextBytes(m_price)));
+    return {amount(m_litres), plain ? vb::ExactSum(*plain) : vb::ExactSum(number(m_litres) * number(m_price))};
 }
 
 QByteArrayView Reading::line(QByteArrayView description, const Totals& totals)
@@ -106,7 +106,7 @@ QByteArrayView Reading::line(QByteArrayView description, const Totals& totals)
         price.append(text.data(), static_cast<std::size_t>(text.size())) += '0';
     else
         price += vb::Format(number(m_price), u"##,#0.000").toStdString();
-    vb::appendAmount(m_row.open(), totals.value);
+    totals.value.appendTo(m_row.open());
     m_row.field(m_key);
     return m_row.bytes();
 }
@@ -126,16 +126,17 @@ void PumpSum::add(const Reading& reading)
 QString PumpSum::line(const QString& pump, const QString& description) const
 {
     constexpr QChar tab = u'\t';
-    const double litres = totals.litres == vb::Currency() ? 1.0 : totals.litres.toDouble();
-    return pump + tab + description + tab + vb::Format(previous, u"##,#0.00") + tab + QStringLiteral("-> ") +
-           vb::Format(current, u"##,#0.00") + tab + vb::Format(firstDate, u"DD/MM/YY") + tab +
-           vb::Format(totals.litres, u"##,#0.00") + tab + vb::Format(totals.value.toDouble() / litres, u"##,#0.000") +
-           tab + vb::Format(totals.value, u"##,#0.00") + tab + lastKey.textOrEmpty();
+    const vb::Decimal litres = totals.litres.toDecimal();
+    const double divisor = litres.isZero() ? 1.0 : litres.toDouble();
+    return pump + tab + description + tab + formatted(previous) + tab + QStringLiteral("-> ") + formatted(current) +
+           tab + vb::Format(firstDate, u"DD/MM/YY") + tab + formatted(totals.litres) + tab +
+           vb::Format(totals.value.toDecimal().toDouble() / divisor, u"##,#0.000") + tab + formatted(totals.value) +
+           tab + lastKey.textOrEmpty();
 }
 
 QString PumpSum::toolTip() const
 {
-    return QStringLiteral("Leituras: %1\nAferição: %2").arg(readings).arg(vb::Format(calibration, u"##,#0.00"));
+    return QStringLiteral("Leituras: %1\nAferição: %2").arg(readings).arg(formatted(calibration));
 }
 
 } // namespace HistoryRows

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ado/Recordset.h"
-#include "platform/vb/Currency.h"
+#include "platform/vb/ExactSum.h"
 #include "shared/RowText.h"
 
 #include <QByteArrayView>
@@ -24,8 +24,8 @@ void add(platform::FlexGrid& flex2, QByteArrayView line);
 
 struct Totals
 {
-    vb::Currency litres;
-    vb::Currency value;
+    vb::ExactSum litres;
+    vb::ExactSum value;
 
     Totals& operator+=(const Totals& other);
 };
@@ -38,10 +38,10 @@ public:
     explicit Reading(const ado::Recordset& readings);
 
     [[nodiscard]] vb::Variant pump() const { return m_readings.Fields(m_pump); }
-    [[nodiscard]] vb::Currency previous() const;
-    [[nodiscard]] vb::Currency current() const;
-    [[nodiscard]] vb::Currency calibration() const;
-    /// Litres, and litres times the unit price; the price is 0 where it is no number.
+    [[nodiscard]] vb::ExactSum previous() const { return amount(m_previous); }
+    [[nodiscard]] vb::ExactSum current() const { return amount(m_current); }
+    [[nodiscard]] vb::ExactSum calibration() const { return amount(m_calibration); }
+    /// Litres, and litres times the unit price, unrounded; the price is 0 where it is no number.
     [[nodiscard]] Totals totals() const;
     [[nodiscard]] vb::Variant date() const { return m_readings.Fields(m_date); }
     [[nodiscard]] vb::Variant key() const { return m_readings.Fields(m_key); }
@@ -50,8 +50,8 @@ public:
     [[nodiscard]] QByteArrayView line(QByteArrayView description, const Totals& totals);
 
 private:
-    [[nodiscard]] vb::Currency amount(int field) const;
-    [[nodiscard]] double number(int field) const;
+    [[nodiscard]] vb::ExactSum amount(int field) const;
+    [[nodiscard]] vb::Decimal number(int field) const;
 
     const ado::Recordset& m_readings;
     int m_pump;
@@ -69,9 +69,9 @@ private:
 struct PumpSum
 {
     int readings = 0;
-    vb::Currency previous;
-    vb::Currency current;
-    vb::Currency calibration;
+    vb::ExactSum previous;
+    vb::ExactSum current;
+    vb::ExactSum calibration;
     Totals totals;
     vb::Variant firstDate;
     vb::Variant lastKey;

@@ -24,6 +24,9 @@ class Recordset;
 namespace data {
 class StationDatabase;
 }
+namespace HistoryRows {
+struct Totals;
+}
 namespace platform {
 class FlexGrid;
 class FocusWatch;
@@ -107,7 +110,7 @@ private:
     void esvazia_flex2();
     void exec_t();
     void lista_do_dia(QDate day);
-    void mostra_totais(const QString& litres, const QString& value);
+    void mostra_totais(const HistoryRows::Totals& totals);
     void flex2Click();
 
     // Deleting readings and the log of what was deleted.

@@ -37,16 +37,12 @@ bool isEnter(const QKeyEvent& event)
     return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
 
-/// Value of a line; empty where it does not fit a money amount.
+/// Value of a line, rounded once; empty where it does not fit a money amount.
 QString lineTotal(const QString& litres, const QString& unitPrice)
 {
-    try {
-        return vb::Format(vb::CCur(vb::CDbl(litres) * vb::CDbl(unitPrice)), u"##,#0.00");
-    } catch (const vb::Error& error) {
-        if (error.number() != vb::Error::Overflow)
-            throw;
-        return {};
-    }
+    constexpr int MoneyDecimals = 4;
+    const vb::Decimal value = vb::CDec(litres) * vb::CDec(unitPrice);
+    return value.toScaledHalfEven(MoneyDecimals) ? vb::Format(value, u"##,#0.00") : QString();
 }
 
 } // namespace

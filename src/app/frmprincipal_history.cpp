@@ -59,7 +59,7 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
         if (!fill.goesOn())
             return;
     }
-    mostra_totais(vb::Format(totals.litres, u"##,#0.00"), vb::Format(totals.value, u"##,#0.00"));
+    mostra_totais(totals);
 }
 
 void frmprincipal::carrega_flex1Consolidado()
@@ -95,17 +95,19 @@ void frmprincipal::carrega_flex1Consolidado()
         flex2.setRowToolTip(flex2.Rows() - 1, sum.toolTip());
         totals += sum.totals;
     }
-    mostra_totais(vb::Format(totals.litres, u"##,#0.00"), vb::Format(totals.value, u"##,#0.00"));
+    mostra_totais(totals);
 }
 
 void frmprincipal::esvazia_flex2()
 {
     HistoryRows::formataflex2(*m_ui->flex2);
-    mostra_totais(QStringLiteral("0,00"), QStringLiteral("0,00"));
+    mostra_totais({});
 }
 
-void frmprincipal::mostra_totais(const QString& litres, const QString& value)
+void frmprincipal::mostra_totais(const HistoryRows::Totals& totals)
 {
+    const QString litres = vb::Format(totals.litres.toDecimal(), u"##,#0.00");
+    const QString value = vb::Format(totals.value.toDecimal(), u"##,#0.00");
     m_ui->Label10->setText(litres);
     m_ui->Label17->setText(value);
     // The same for the printed sheet.

@@ -32,21 +32,15 @@ ListingLine captions(const QString& code, const QString& third, const QString& f
             {CheckColumn, QStringLiteral("|Conferência:")}};
 }
 
-/// "|" and the text, cut where the next column starts.
-ListingCell framed(int column, const QString& text, int next)
-{
-    return {column, (u'|' + text).left(next - column)};
-}
-
 void addRows(Listing& listing, const platform::FlexGrid& grid)
 {
     for (int row = 1; row < grid.Rows(); ++row) {
         const auto number = [&](int column) { return vb::Format(grid.TextMatrix(row, column), u"@@@@@@@@@@@@@@@"); };
-        const ListingLine line{{1, vb::Format(grid.TextMatrix(row, 0), u"00").left(DescriptionColumn - 1)},
-                               framed(DescriptionColumn, grid.TextMatrix(row, 1), ThirdColumn),
-                               framed(ThirdColumn, number(2), FourthColumn),
-                               framed(FourthColumn, number(3), CheckColumn),
-                               {CheckColumn, QStringLiteral("|")}};
+        ListingLine line{{1, rowNumber(grid.TextMatrix(row, 0)), DescriptionColumn - 1}};
+        addFramed(line, DescriptionColumn, grid.TextMatrix(row, 1), ThirdColumn);
+        addFramed(line, ThirdColumn, number(2), FourthColumn);
+        addFramed(line, FourthColumn, number(3), CheckColumn);
+        line.append({CheckColumn, QStringLiteral("|")});
         listing.addTogether({line, dashes()});
     }
     listing.endRows();
@@ -58,7 +52,7 @@ bool imprime_conferencia(const platform::FlexGrid& pumps, const platform::FlexGr
                          const ReportServices& services)
 {
     const QDateTime now = services.clock.now();
-    Listing listing;
+    Listing listing(listingName(services.emitente, QStringLiteral("Conferência"), now));
     listing.addBlank();
     listing.addTogether(bothEnds({}, Module1::numero_planilha(now)));
     addStationHeader(listing, services.emitente, now);
@@ -74,10 +68,12 @@ bool imprime_conferencia(const platform::FlexGrid& pumps, const platform::FlexGr
                          {{1, Module1::linha_asterisco()}},
                          {{1, QStringLiteral("* ") + QStringLiteral("Baixas = Saidas no intervalo da data: ") +
                                   vb::shortDate(first) + QStringLiteral("<>") + vb::shortDate(last)}}});
+    listing.keepWithNext();
     listing.beginRows(
         {captions(QStringLiteral("CdgProd"), QStringLiteral("|SaldAnt"), QStringLiteral("|Baixas*")), dashes()});
     addRows(listing, items);
 
+    listing.keepWithNext();
     QList<ListingLine> signature(4);
     signature.append({{50, QStringLiteral("Responsavel:----------------------------------------------")}});
     listing.addTogether(signature);

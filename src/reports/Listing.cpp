@@ -2,6 +2,7 @@
 
 #include "platform/print/PrinterObject.h"
 #include "platform/ui/Seams.h"
+#include "platform/vb/Format.h"
 #include "reports/ReportPrinting.h"
 #include "shared/Emitente.h"
 #include "shared/Module1.h"
@@ -33,6 +34,14 @@ void prepare(platform::PrinterObject& printer)
     printer.setMargins((paper - printer.TextWidth(longest)) / 2, VerticalMargin);
 }
 
+void printCell(platform::PrinterObject& printer, const ListingCell& cell)
+{
+    printer.Print({platform::Tab{cell.column}}, platform::PrinterObject::LineEnd::Open);
+    const double column = printer.TextWidth(QStringLiteral("0"));
+    const double room = cell.room > 0 ? cell.room * column : printer.ScaleWidth();
+    printFitted(printer, cell.text, printer.CurrentX(), room, cell.fit);
+}
+
 } // namespace
 
 void Listing::addTogether(const QList<ListingLine>& lines)
@@ -57,14 +66,19 @@ void Listing::endRows()
     m_current = 0;
 }
 
+void Listing::keepWithNext()
+{
+    m_blocks.last().keepWithNext = true;
+}
+
 QList<QList<ListingLine>> Listing::pages(int linesPerPage) const
 {
     QList<QList<ListingLine>> pages(1);
     for (qsizetype i = 0; i < m_blocks.size(); ++i) {
         const Block& block = m_blocks.at(i);
         qsizetype needed = block.lines.size();
-        if (block.keepWithNext && i + 1 < m_blocks.size())
-            needed += m_blocks.at(i + 1).lines.size();
+        for (qsizetype kept = i; m_blocks.at(kept).keepWithNext && kept + 1 < m_blocks.size(); ++kept)
+            needed += m_blocks.at(kept + 1).lines.size();
         if (!pages.last().isEmpty() && pages.last().size() + needed > linesPerPage)
             pages.append(m_captions.at(block.captions));
         pages.last().append(block.lines);
@@ -74,7 +88,6 @@ QList<QList<ListingLine>> Listing::pages(int linesPerPage) const
 
 void Listing::print(platform::PrinterObject& printer, platform::EventPump& events) const
 {
-    using platform::Tab;
     prepare(printer);
     const double lineHeight = printer.TextHeight();
     const int linesPerPage = static_cast<int>(printer.ScaleHeight() / lineHeight) - 2; // blank and page number
@@ -84,20 +97,30 @@ void Listing::print(platform::PrinterObject& printer, platform::EventPump& event
             printer.NewPage();
         for (const ListingLine& line : all.at(page)) {
             for (const ListingCell& cell : line)
-                printer.Print({Tab{cell.column}, cell.text}, platform::PrinterObject::LineEnd::Open);
+                printCell(printer, cell);
             printer.Print(QString());
             events.DoEvents();
         }
         if (all.size() > 1) {
-            const QString foot = QStringLiteral("Página %1 de %2").arg(page + 1).arg(all.size());
             printer.setCurrentY((linesPerPage + 1) * lineHeight);
-            printer.Print({Tab{Columns + 1 - static_cast<int>(foot.size())}, foot});
+            printFoot(printer, page + 1, all.size());
         }
     }
 }
 
-QList<ListingLine> bothEnds(const QString& left, const QString& right)
+void Listing::printFoot(platform::PrinterObject& printer, qsizetype page, qsizetype pages) const
 {
+    const QString number = QStringLiteral("Página %1 de %2").arg(page).arg(pages);
+    const int column = Columns + 1 - static_cast<int>(number.size());
+    printCell(printer, {1, m_name, column - 2});
+    printCell(printer, {column, number});
+}
+
+QList<ListingLine> bothEnds(const QString& leftText, const QString& rightText)
+{
+    constexpr qsizetype MostLines = 6;
+    const QString left = limited(leftText, MostLines * Listing::Columns);
+    const QString right = limited(rightText, MostLines * Listing::Columns);
     QList<ListingLine> lines;
     for (qsizetype start = 0; start == 0 || start < left.size(); start += Listing::Columns)
         lines.append({{1, left.mid(start, Listing::Columns)}});
@@ -112,11 +135,24 @@ QList<ListingLine> bothEnds(const QString& left, const QString& right)
     return lines;
 }
 
+void addFramed(ListingLine& line, int column, const QString& text, int next, Fit fit)
+{
+    line.append({column, QStringLiteral("|")});
+    line.append({column + 1, text, next - column - 1, fit});
+}
+
 void addStationHeader(Listing& listing, const Emitente& emitente, const QDateTime& moment)
 {
     listing.addTogether(bothEnds(emitente.RazaoSocial.toUpper(), dateLine(moment)));
     listing.addTogether(bothEnds(emitente.endereco, taxLine(emitente)));
     listing.add({{1, Module1::linha_asterisco()}});
+}
+
+QString listingName(const Emitente& emitente, const QString& report, const QDateTime& moment)
+{
+    const QStringList parts{emitente.RazaoSocial.toUpper(), report,
+                            vb::Format(vb::Date::fromQDateTime(moment), u"dd/mm/yyyy hh:nn:ss")};
+    return parts.join(QStringLiteral(" - "));
 }
 
 } // namespace reports

@@ -4,6 +4,7 @@
 #include "platform/ui/FlexGrid.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Format.h"
+#include "reports/FittedText.h"
 #include "ui_frmp.h"
 
 #include <QLabel>
@@ -15,9 +16,8 @@ constexpr int GridColumns = 8;
 constexpr int BoxCount = 19;
 constexpr int FirstColumnBox = 9;
 constexpr int GridTopMargin = 60;
-constexpr int BoxPadding = 20;
+constexpr int BoxPadding = 40;
 constexpr int PageLabel = 19;
-constexpr double SmallestLabelFont = 6;
 
 /// Boxes and labels of the totals and of the signature.
 bool onLastPageOnly(int box)
@@ -35,17 +35,18 @@ QRectF inTwips(const QRect& pixels)
             pixels.width() * double(TwipsPerPixel), pixels.height() * double(TwipsPerPixel)};
 }
 
-/// Prints a text at `x` with the line left open, without the characters that would leave the span.
-void printWithin(platform::PrinterObject& printer, double x, QString text, double left, double right)
+/// Prints a cell at `x` with the line left open. Only one that would leave its box is moved, or made to fit it.
+void printCell(platform::PrinterObject& printer, double x, const QString& text, double left, double right)
 {
-    while (!text.isEmpty() && x < left) {
-        x += printer.TextWidth(text.left(1));
-        text.remove(0, 1);
+    const QString visible = text.trimmed();
+    const double start = x + printer.TextWidth(text.first(text.indexOf(visible)));
+    const double width = printer.TextWidth(visible);
+    if (start >= left && start + width <= right) {
+        printer.setCurrentX(x);
+        printer.Print(text, platform::PrinterObject::LineEnd::Open);
+    } else {
+        reports::printFitted(printer, visible, qBound(left, start, qMax(left, right - width)), right - left);
     }
-    while (!text.isEmpty() && x + printer.TextWidth(text) > right)
-        text.chop(1);
-    printer.setCurrentX(x);
-    printer.Print(text, platform::PrinterObject::LineEnd::Open);
 }
 
 int labelIndex(const QLabel& label)
@@ -121,19 +122,13 @@ void frmp::imprime_pagina(platform::PrinterObject& printer, Pages pages) const
             continue;
         QString caption = label->text();
         if (index == PageLabel && pages.count > 1)
-            caption = QStringLiteral("Página %1 de %2").arg(pages.current + 1).arg(pages.count);
+            caption = QStringLiteral("Planilha de leitura - Página %1 de %2").arg(pages.current + 1).arg(pages.count);
         const QRectF place = inTwips(label->geometry());
         printer.setFontName(label->font().family());
         printer.setFontBold(label->font().bold());
-        // A long name or address is printed smaller before it is cut.
-        double size = label->font().pointSizeF();
-        printer.setFontSize(size);
-        while (size > SmallestLabelFont && printer.TextWidth(caption) > place.width()) {
-            size -= 0.5;
-            printer.setFontSize(size);
-        }
+        printer.setFontSize(label->font().pointSizeF());
         printer.setCurrentY(place.top());
-        printWithin(printer, place.left(), caption, place.left(), place.right());
+        reports::printFitted(printer, caption, place.left(), place.width(), reports::Fit::Whole);
         printer.setFontBold(false);
         m_events.DoEvents();
     }
@@ -154,14 +149,14 @@ void frmp::imprime_grade(platform::PrinterObject& printer, int page) const
     for (int row = first; row < last; ++row) {
         double offset = 0;
         for (int column = 0; column < GridColumns; ++column) {
-            // Two numeric columns start 200 twips early and the date 100 late: deliberate corrections of the layout.
+            // The readings start 200 twips early, which leaves room for longer ones, and the date 100 late.
             const int correction = column == 2 || column == 3 ? -200 : column == 4 ? 100 : 0;
             QString text = flex().TextMatrix(row, column);
             if (column >= 5)
                 text = vb::Format(text, u"@@@@@@@@@");
             const QRectF edges = box(FirstColumnBox + column);
-            printWithin(printer, grid.left() + offset + correction, text, edges.left() + BoxPadding,
-                        edges.right() - BoxPadding);
+            printCell(printer, grid.left() + offset + correction, text, edges.left() + BoxPadding,
+                      edges.right() - BoxPadding);
             offset += flex().ColWidth(column);
             m_events.DoEvents();
         }

@@ -63,8 +63,11 @@ void seleciona_tudo(QLineEdit& box)
 vb::Currency soma_totais(const platform::FlexGrid& grid, int column)
 {
     vb::Currency sum;
-    for (int row = 1; row < grid.Rows(); ++row)
-        sum += vb::CCur(vb::leadingNumber(grid.TextMatrix(row, column)));
+    for (int row = 1; row < grid.Rows(); ++row) {
+        const QString text = grid.TextMatrix(row, column);
+        // Through a double an amount of more than 15 digits would lose its cents.
+        sum += vb::IsNumeric(text) ? vb::CCur(text) : vb::CCur(vb::leadingNumber(text));
+    }
     return sum;
 }
 

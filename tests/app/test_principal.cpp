@@ -169,6 +169,10 @@ private Q_SLOTS:
     {
         FRESH_STATION(Sheet, station);
         station.open();
+        // 10,05 litres at 5,499 are 55,26495, rounded once.
+        station.enterReading(1, u"1010,55"_s);
+        QCOMPARE(station.grid("flexG").TextMatrix(1, 6), u"55,26"_s);
+        QTest::keyClick(&station.grid("flexG"), Qt::Key_Delete);
         QCOMPARE(station.colour("lb_3"), QColor(0xC0, 0xFF, 0xFF));
         station.enterReading(1, u"900000000000000"_s);
         QTRY_COMPARE(station.colour("lb_3"), QColor(0xFF, 0xFF, 0x00));

@@ -1,6 +1,7 @@
 #include "platform/vb/Amount.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Error.h"
+#include "platform/vb/ExactSum.h"
 #include "platform/vb/Format.h"
 
 #include <QTest>
@@ -337,6 +338,8 @@ private slots:
         row(q(u"abcdefg"), u"@@@@@@", u"abcdefg");
         row(q(u"TotalR$"), u"@@@@@@@@@@@@@", u"      TotalR$");
         row(day(2024, 3, 5), u"@@@@@@@@@@@@", u"  05/03/2024");
+        row(q(u""), u"@@@", u"   ");
+        row(Variant(), u"@@@", u"");
         row(day(2024, 3, 5), u"dd/mm/yy", u"05/03/24");
         row(day(2024, 3, 5), u"ddmmyy", u"050324");
         row(day(2024, 3, 5), u"d/m/yy", u"5/3/24");
@@ -403,6 +406,43 @@ private slots:
         QCOMPARE(outcome([&] { return one - least; }), overflow);
         QCOMPARE(outcome([&] { return -least; }), overflow);
         QCOMPARE(Currency::fromScaled(-12'345).toDouble(), -1.2345);
+    }
+
+    // What a product or a sum has behind the shown decimals takes part in one rounding only.
+    void exactArithmetic_data()
+    {
+        QTest::addColumn<QString>("one");
+        QTest::addColumn<QString>("other");
+        QTest::addColumn<QString>("product");
+        QTest::addColumn<QString>("sum");
+        const auto row = [](const char16_t* one, const char16_t* other, const char16_t* product, const char16_t* sum) {
+            numberedRow() << q(one) << q(other) << q(product) << q(sum);
+        };
+        row(u"10,05", u"5,899", u"59,28", u"15,95");
+        row(u"-10,05", u"5,9", u"-59,30", u"-4,15");
+        row(u"0", u"-7,5", u"0,00", u"-7,50");
+        row(u"99999,995", u"0,005", u"500,00", u"100.000,00");
+        row(u"5", u"-5", u"-25,00", u"0,00");
+        row(u"1000", u"-0,01", u"-10,00", u"999,99");
+        row(u"0,00495", u"0,00005", u"0,00", u"0,01");
+        row(u"0,004949999", u"0,00005", u"0,00", u"0,00");
+        row(u"922.337.203.685.477,58", u"922.337.203.685.477,58", u"850.705.917.302.346.157.182.696.992.682,66",
+            u"1.844.674.407.370.955,16");
+        row(u"1e30", u"1e-30", u"1,00", u"1.000.000.000.000.000.000.000.000.000.000,00");
+        row(u"1e-999999999", u"2", u"0,00", u"2,00");
+    }
+    void exactArithmetic()
+    {
+        QFETCH(QString, one);
+        QFETCH(QString, other);
+        QTEST(Format(CDec(one) * CDec(other), u"##,#0.00"), "product");
+        QTEST(Format(CDec(other) * CDec(one), u"##,#0.00"), "product");
+        QTEST(Format(CDec(one) + CDec(other), u"##,#0.00"), "sum");
+        ExactSum sum{Variant(other)};
+        sum += ExactSum(Variant(one));
+        std::string text;
+        sum.appendTo(text);
+        QTEST(QString::fromStdString(text), "sum");
     }
 
     void nullAndKinds()

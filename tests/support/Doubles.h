@@ -43,9 +43,10 @@ public:
         : m_now(now)
     {}
     void set(const QDateTime& now) { m_now = now; }
-    [[nodiscard]] QDateTime now() const override { return m_now; }
 
 private:
+    [[nodiscard]] QDateTime read() const override { return m_now; }
+
     QDateTime m_now;
 };
 

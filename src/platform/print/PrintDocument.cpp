@@ -35,9 +35,9 @@ PrintDocument::Page& PrintDocument::currentPage()
     return m_pages.last();
 }
 
-void PrintDocument::addText(QPointF position, const QString& text, const QFont& font)
+void PrintDocument::addText(QPointF position, const QString& text, const QFont& font, double stretch)
 {
-    currentPage().texts.append({position, text, font});
+    currentPage().texts.append({position, text, font, stretch});
 }
 
 void PrintDocument::addLine(QPointF from, QPointF to, double width)
@@ -75,7 +75,11 @@ void PrintDocument::paint(QPagedPaintDevice& device) const
         painter.setPen(Qt::black);
         for (const Text& text : page.texts) {
             painter.setFont(text.font);
-            painter.drawText(text.position, text.text);
+            const QTransform twips = painter.transform();
+            painter.translate(text.position);
+            painter.scale(text.stretch, 1);
+            painter.drawText(QPointF(), text.text);
+            painter.setTransform(twips);
         }
     }
     if (!painter.end())

@@ -26,8 +26,9 @@ public:
 
     [[nodiscard]] qsizetype pageCount() const { return m_pages.size(); }
     void addPage() { m_pages.emplace_back(); }
-    /// Both draw on the last page, and start the first one where there is none. `position` is the baseline's start.
-    void addText(QPointF position, const QString& text, const QFont& font);
+    /// Both draw on the last page, and start the first one where there is none. `position` is the baseline's start;
+    /// a stretch below 1 makes the letters narrower.
+    void addText(QPointF position, const QString& text, const QFont& font, double stretch);
     void addLine(QPointF from, QPointF to, double width);
 
     /// Draws every page. The device must be set to the document's page size, without margins. Raises PrintError.
@@ -46,6 +47,7 @@ private:
         QPointF position;
         QString text;
         QFont font;
+        double stretch;
     };
     struct Line
     {

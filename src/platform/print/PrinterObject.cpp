@@ -76,12 +76,17 @@ void PrinterObject::fontChanged()
 
 double PrinterObject::TextWidth(const QString& text) const
 {
-    return QFontMetricsF(m_font).horizontalAdvance(printable(text));
+    return QFontMetricsF(m_font).horizontalAdvance(printable(text)) * m_fontStretch;
 }
 
 double PrinterObject::TextHeight() const
 {
     return QFontMetricsF(m_font).lineSpacing();
+}
+
+double PrinterObject::TextAscent() const
+{
+    return QFontMetricsF(m_font).ascent();
 }
 
 void PrinterObject::nextLine()
@@ -108,8 +113,8 @@ void PrinterObject::Print(std::initializer_list<Item> items, LineEnd end)
             m_currentX = x;
         }
         if (!text.trimmed().isEmpty()) {
-            const double baseline = m_currentY + QFontMetricsF(m_font).ascent();
-            m_document.addText({m_horizontalMargin + m_currentX, m_verticalMargin + baseline}, text, m_font);
+            const QPointF baseline(m_horizontalMargin + m_currentX, m_verticalMargin + m_currentY + TextAscent());
+            m_document.addText(baseline, text, m_font, m_fontStretch);
         }
         m_currentX += TextWidth(text);
     }

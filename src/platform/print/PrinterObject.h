@@ -42,8 +42,11 @@ public:
     void setFontSize(double points);
     [[nodiscard]] bool FontBold() const { return m_fontBold; }
     void setFontBold(bool bold);
+    [[nodiscard]] double FontStretch() const { return m_fontStretch; }
+    void setFontStretch(double stretch) { m_fontStretch = stretch; } ///< Width of the letters; 1 is the font's own.
     [[nodiscard]] double TextWidth(const QString& text) const;
     [[nodiscard]] double TextHeight() const; ///< Of one line.
+    [[nodiscard]] double TextAscent() const; ///< From the upper edge of a line to its baseline.
 
     [[nodiscard]] double CurrentX() const { return m_currentX; }
     void setCurrentX(double x) { m_currentX = x; }
@@ -78,6 +81,7 @@ private:
     QString m_fontName = QStringLiteral("Courier New");
     double m_fontSize = 8;
     bool m_fontBold = false;
+    double m_fontStretch = 1;
     QFont m_font;
     double m_horizontalMargin = 0;
     double m_verticalMargin = 0;

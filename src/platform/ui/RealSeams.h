@@ -16,8 +16,8 @@ public:
 
 class SystemClock : public Clock
 {
-public:
-    [[nodiscard]] QDateTime now() const override { return QDateTime::currentDateTime(); }
+private:
+    [[nodiscard]] QDateTime read() const override { return QDateTime::currentDateTime(); }
 };
 
 /// Runs pending events at most every few milliseconds, so that loops may call it for each of 100,000 rows; more rarely

@@ -29,13 +29,20 @@ public:
     virtual MsgBoxResult MsgBox(const QString& prompt, int style = vbOKOnly, const QString& title = {}) = 0;
 };
 
-/// Today and now.
+/// Today and now, in whole seconds: a second that has begun is not over, so nothing is ever numbered or stamped ahead.
 class Clock
 {
 public:
     virtual ~Clock() = default;
-    [[nodiscard]] virtual QDateTime now() const = 0;
+    [[nodiscard]] QDateTime now() const
+    {
+        const QDateTime moment = read();
+        return moment.addMSecs(-moment.time().msec());
+    }
     [[nodiscard]] QDate today() const { return now().date(); }
+
+private:
+    [[nodiscard]] virtual QDateTime read() const = 0; ///< With its milliseconds.
 };
 
 /// Lets pending events of the user interface run. Loops call it after each row; the real one runs events at most every

@@ -165,6 +165,30 @@ Currency CCur(const Variant& value)
                       value.value());
 }
 
+Decimal CDec(const Variant& value)
+{
+    constexpr int MostDigits = 28;
+    constexpr int SmallestPoint = -320; // Beyond any double.
+    Decimal decimal =
+        std::visit(Overloaded{
+                       [](Variant::NullType) -> Decimal { throw Error(Error::InvalidUseOfNull); },
+                       [](qint64 number) { return Decimal::fromInteger(number, 0); },
+                       [](double number) {
+                           if (!std::isfinite(number))
+                               throw Error(Error::Overflow);
+                           return Decimal::fromDouble(number);
+                       },
+                       [](Currency number) { return Decimal::fromInteger(number.scaled(), CurrencyDecimals); },
+                       [](Date date) { return Decimal::fromDouble(date.serial); },
+                       [](const QString& text) { return requireNumber(text).decimal; },
+                   },
+                   value.value());
+    if (decimal.point < SmallestPoint)
+        return {};
+    decimal.roundHalfAway(MostDigits - decimal.point);
+    return decimal;
+}
+
 Date CDate(const Variant& value)
 {
     if (const auto* date = std::get_if<Date>(&value.value()))

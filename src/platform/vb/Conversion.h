@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/vb/Decimal.h"
 #include "platform/vb/Variant.h"
 
 #include <optional>
@@ -25,8 +26,10 @@ namespace vb {
 [[nodiscard]] qint32 CLng(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (32 bits).
 [[nodiscard]] qint16 CInt(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (16 bits).
 [[nodiscard]] Currency CCur(const Variant& value); ///< Half to even at the fourth decimal. Errors 13, 94, 6.
-[[nodiscard]] Date CDate(const Variant& value);    ///< A number, in a text too, is a serial. Errors 13, 94, 6.
-[[nodiscard]] QString CStr(const Variant& value);  ///< Plain text: no thousands, comma decimal, 15 digits. Error 94.
+/// Every digit of a text or whole number, the 15 of a double; at most 28 of them. Errors 13, 94, 6.
+[[nodiscard]] Decimal CDec(const Variant& value);
+[[nodiscard]] Date CDate(const Variant& value);   ///< A number, in a text too, is a serial. Errors 13, 94, 6.
+[[nodiscard]] QString CStr(const Variant& value); ///< Plain text: no thousands, comma decimal, 15 digits. Error 94.
 
 /// The text to number step of CDbl alone, without error: nullopt when the text is no number.
 [[nodiscard]] std::optional<double> parseNumber(QStringView text);

@@ -16,6 +16,35 @@ constexpr std::array<double, LargestExactPower + 1> PowersOfTen = {1e0,  1e1,  1
                                                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+/// Digit at a place counted from the point: 0 is the first behind it, -1 the last before it.
+int digitAt(const Decimal& decimal, int place)
+{
+    const int index = decimal.point + place;
+    return index >= 0 && index < decimal.digits.size() ? decimal.digits[index] - '0' : 0;
+}
+
+/// The first digits are zeros after a sum or product that did not carry so far; nothing has no sign.
+void dropLeadingZeros(Decimal& decimal)
+{
+    const auto first = std::find_if(decimal.digits.cbegin(), decimal.digits.cend(), [](char d) { return d != '0'; });
+    const auto zeros = static_cast<int>(first - decimal.digits.cbegin());
+    decimal.digits.remove(0, zeros);
+    decimal.point -= zeros;
+    decimal.dropTrailingZeros();
+    decimal.negative = decimal.negative && !decimal.isZero();
+}
+
+/// Compares without regard to the signs.
+bool isSmaller(const Decimal& one, const Decimal& other)
+{
+    if (one.isZero() || other.isZero())
+        return !other.isZero();
+    if (one.point != other.point)
+        return one.point < other.point;
+    return std::lexicographical_compare(one.digits.cbegin(), one.digits.cend(), other.digits.cbegin(),
+                                        other.digits.cend());
+}
+
 } // namespace
 
 void Decimal::dropTrailingZeros()
@@ -140,6 +169,51 @@ std::optional<qint64> Decimal::toScaledHalfEven(int decimals) const
     if (whole > limit)
         return std::nullopt;
     return static_cast<qint64>(negative ? 0 - whole : whole);
+}
+
+Decimal operator*(const Decimal& one, const Decimal& other)
+{
+    Decimal product;
+    product.negative = one.negative != other.negative;
+    product.point = one.point + other.point;
+    QVarLengthArray<int, 64> sums(one.digits.size() + other.digits.size(), 0);
+    for (qsizetype i = 0; i < one.digits.size(); ++i) {
+        for (qsizetype j = 0; j < other.digits.size(); ++j)
+            sums[i + j + 1] += (one.digits[i] - '0') * (other.digits[j] - '0');
+    }
+    for (qsizetype i = sums.size() - 1; i > 0; --i) {
+        sums[i - 1] += sums[i] / 10;
+        sums[i] %= 10;
+    }
+    for (const int digit : sums)
+        product.digits.append(static_cast<char>('0' + digit));
+    dropLeadingZeros(product);
+    return product;
+}
+
+Decimal operator+(const Decimal& one, const Decimal& other)
+{
+    const bool smaller = isSmaller(one, other);
+    const Decimal& large = smaller ? other : one;
+    const Decimal& small = smaller ? one : other;
+    if (small.isZero())
+        return large;
+    const int sign = large.negative == small.negative ? 1 : -1;
+    const int behindPoint =
+        static_cast<int>(qMax(large.digits.size() - large.point, small.digits.size() - small.point));
+    Decimal sum;
+    sum.negative = large.negative;
+    sum.point = large.point + 1;
+    sum.digits.resize(sum.point + behindPoint);
+    int carry = 0;
+    for (int place = behindPoint - 1; place >= -sum.point; --place) {
+        int digit = digitAt(large, place) + sign * digitAt(small, place) + carry;
+        carry = digit > 9 ? 1 : digit < 0 ? -1 : 0;
+        digit -= 10 * carry;
+        sum.digits[sum.point + place] = static_cast<char>('0' + digit);
+    }
+    dropLeadingZeros(sum);
+    return sum;
 }
 
 } // namespace vb

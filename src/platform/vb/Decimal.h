@@ -7,7 +7,7 @@
 
 namespace vb {
 
-/// A number as the decimal digits that stand for it, the form in which the runtime rounds and writes numbers.
+/// A number as the decimal digits that stand for it, the form in which numbers are rounded and written.
 /// Value: 0.d1d2d3... times ten to the power of `point`. No leading and no trailing zeros; no digits is zero.
 struct Decimal
 {
@@ -30,5 +30,9 @@ struct Decimal
     [[nodiscard]] std::optional<qint64> toScaledHalfEven(int decimals) const;
     void dropTrailingZeros();
 };
+
+/// Exact, with as many digits as it takes.
+[[nodiscard]] Decimal operator*(const Decimal& one, const Decimal& other);
+[[nodiscard]] Decimal operator+(const Decimal& one, const Decimal& other);
 
 } // namespace vb

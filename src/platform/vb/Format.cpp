@@ -191,10 +191,10 @@ QString Format(const Variant& value, QStringView pattern)
 {
     if (value.isNull())
         return {};
-    if (const auto* text = std::get_if<QString>(&value.value()); text && text->isEmpty())
-        return {};
     if (pattern.startsWith(u'@'))
         return CStr(value).rightJustified(pattern.count(u'@'), u' ');
+    if (const auto* text = std::get_if<QString>(&value.value()); text && text->isEmpty())
+        return {};
     if (pattern == u"##,#0.00") {
         if (const std::optional<Currency> amount = plainHundredths(value)) {
             std::string shown;
@@ -209,6 +209,11 @@ QString Format(const Variant& value, QStringView pattern)
         return formatDate(*date, pattern);
     }
     return CStr(value);
+}
+
+QString Format(Decimal number, QStringView numberPattern)
+{
+    return formatNumber(std::move(number), NumberPattern(numberPattern));
 }
 
 QString shortDate(QDate date)

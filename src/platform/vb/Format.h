@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/vb/Decimal.h"
 #include "platform/vb/Variant.h"
 
 namespace vb {
@@ -9,8 +10,10 @@ namespace vb {
 /// hh, nn, ss, any case; "mm" right after hours is minutes) and "Long Date". In a pattern "," and "." mean the regional
 /// thousands and decimal separators; "/" and ":" the regional date and time separators. Half away from zero at the
 /// last shown decimal of the value's decimal text. A text that is no number (or no date) passes through unchanged;
-/// Null and "" give "". Never raises.
+/// Null gives "", and so does "" but for a placeholder pattern, which pads it. Never raises.
 [[nodiscard]] QString Format(const Variant& value, QStringView pattern);
+/// The same for a number pattern, with all digits of the number: one rounding, at the last shown decimal.
+[[nodiscard]] QString Format(Decimal number, QStringView numberPattern);
 
 /// The regional short form of a day, "dd/mm/yyyy".
 [[nodiscard]] QString shortDate(QDate date);

@@ -37,7 +37,22 @@ Bytes makeDescriptor(std::size_t length, std::uint32_t kind, RowId row, std::uin
 
 } // namespace
 
-Bytes LongValues::read(ByteView descriptor) const
+void PiecesRead::begin(RowId row, int column)
+{
+    m_current.owner =
+        std::uint64_t{row.page} << 24U | std::uint64_t{row.slot} << 16U | static_cast<std::uint16_t>(column);
+    ++m_current.reading;
+}
+
+void PiecesRead::claim(RowId piece)
+{
+    Claim& claim = m_claims[std::uint64_t{piece.page} << 8U | piece.slot];
+    if (claim.reading != 0 && (claim.owner != m_current.owner || claim.reading == m_current.reading))
+        throwDamaged("conteúdo repetido na página " + std::to_string(piece.page));
+    claim = m_current;
+}
+
+Bytes LongValues::read(ByteView descriptor, PiecesRead& pieces) const
 {
     if (descriptor.empty())
         return {};
@@ -53,6 +68,7 @@ Bytes LongValues::read(ByteView descriptor) const
     }
     RowId next = loadRowId(descriptor.data() + rowAt);
     if ((word & rowKind) != 0) {
+        pieces.claim(next);
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
         if (length > row.size())
@@ -66,6 +82,7 @@ Bytes LongValues::read(ByteView descriptor) const
     while (content.size() < length) {
         if (next.page == 0)
             throwDamaged("texto longo incompleto");
+        pieces.claim(next);
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
         if (row.size() <= datapage::pointerLength)
@@ -77,9 +94,9 @@ Bytes LongValues::read(ByteView descriptor) const
     return content;
 }
 
-Value LongValues::value(const ColumnDefinition& column, ByteView descriptor) const
+Value LongValues::value(const ColumnDefinition& column, ByteView descriptor, PiecesRead& pieces) const
 {
-    Bytes content = read(descriptor);
+    Bytes content = read(descriptor, pieces);
     if (column.type != ColumnType::Memo)
         return content;
     std::string text;

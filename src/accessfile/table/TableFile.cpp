@@ -66,7 +66,9 @@ void RowReader::open(PagePointer home, RowId row)
     if (slot.kind == datapage::SlotKind::Stub) {
         if (slot.length < datapage::pointerLength)
             throwDamaged("registro deslocado");
+        m_pieces.begin(row, -1);
         m_place = loadRowId(m_page->data() + slot.offset);
+        m_pieces.claim(m_place);
         m_page = m_space.pager.page(m_place.page);
         if (!isType(*m_page, PageType::Data))
             throwDamaged("registro deslocado");
@@ -88,8 +90,10 @@ Value RowReader::value(int column) const
     const auto stored = m_layout.cell(definition);
     if (!stored)
         return Null{};
-    if (definition.isLongValue())
-        return m_space.longValues.value(definition, *stored);
+    if (definition.isLongValue()) {
+        m_pieces.begin(m_row, column);
+        return m_space.longValues.value(definition, *stored, m_pieces);
+    }
     return decodeCell(definition, *stored);
 }
 
@@ -101,9 +105,10 @@ bool RowReader::appendText(int column, std::string& out) const
     const auto stored = m_layout.cell(definition);
     if (!stored)
         return false;
-    if (definition.type == ColumnType::Memo)
-        appendStoredText(m_space.longValues.read(*stored), out);
-    else if (definition.fixed)
+    if (definition.type == ColumnType::Memo) {
+        m_pieces.begin(m_row, column);
+        appendStoredText(m_space.longValues.read(*stored, m_pieces), out);
+    } else if (definition.fixed)
         appendUtf16(*stored, out);
     else
         appendStoredText(*stored, out);

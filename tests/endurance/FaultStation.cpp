@@ -101,7 +101,7 @@ QString FaultStation::faults() const
 {
     QString text;
     const auto storage = accessfile::Storage::open(m_database.toStdString(), {.password = "8282"});
-    for (const std::string& fault : storage->verify())
+    for (const std::string& fault : storage->verify().faults)
         text += QString::fromStdString(fault) + u'\n';
     return text;
 }

@@ -22,7 +22,7 @@ PagePointer longValuePage(const Pager& pager, PageNumber number)
 {
     PagePointer page = pager.page(number);
     if (!isType(*page, PageType::Data) || datapage::owner(*page) != datapage::longValueOwner)
-        throwDamaged("página de texto longo");
+        throwDamaged("a página " + std::to_string(number) + " não é de textos longos");
     return page;
 }
 
@@ -72,25 +72,29 @@ Bytes LongValues::read(ByteView descriptor, PiecesRead& pieces) const
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
         if (length > row.size())
-            throwDamaged("texto longo");
+            throwDamaged("texto longo incompleto na página " + std::to_string(next.page));
         return {row.begin(), row.begin() + static_cast<std::ptrdiff_t>(length)};
     }
     // The declared length is not trusted with memory before the chain has delivered it.
     if (length > std::size_t{m_pager.pageCount()} * pageSize)
         throwDamaged("texto longo");
     Bytes content;
+    PageNumber last = next.page;
     while (content.size() < length) {
         if (next.page == 0)
-            throwDamaged("texto longo incompleto");
+            throwDamaged("texto longo incompleto na página " + std::to_string(last));
         pieces.claim(next);
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
-        if (row.size() <= datapage::pointerLength)
-            throwDamaged("texto longo");
-        append(content, row.subspan(datapage::pointerLength,
-                                    std::min(row.size() - datapage::pointerLength, length - content.size())));
+        if (row.size() <= datapage::pointerLength || row.size() - datapage::pointerLength > length - content.size())
+            throwDamaged("texto longo de outro tamanho na página " + std::to_string(next.page));
+        append(content, row.subspan(datapage::pointerLength));
+        last = next.page;
         next = loadRowId(row.data());
     }
+    // What goes on behind its length runs in a circle, or belongs to another value.
+    if (next.page != 0)
+        throwDamaged("texto longo que não termina na página " + std::to_string(last));
     return content;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
+#include <QElapsedTimer>
 #include <QFocusEvent>
 #include <QLineEdit>
 #include <QPointer>
@@ -20,6 +21,7 @@ constexpr int SeparatorLength = 112;
 constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
 constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
+constexpr qint64 LongestSlideMilliseconds = 1500;
 
 class SelectOnFocus : public QObject
 {
@@ -108,7 +110,10 @@ void fecha_deslizando(QWidget& window, platform::EventPump& events)
     const QPointer<QWidget> alive = &window;
     const int step = qMax(1, SlideTwips * window.logicalDpiX() / TwipsPerInch);
     const int edge = window.screen()->geometry().right();
-    while (alive && window.isVisible() && window.x() <= edge) {
+    QElapsedTimer sliding;
+    sliding.start();
+    // A window manager may hold the window where it is, or put it back.
+    while (alive && window.isVisible() && window.x() <= edge && sliding.elapsed() < LongestSlideMilliseconds) {
         const QPoint before = window.pos();
         window.move(before + QPoint(step, step));
         QThread::msleep(SlideStepMilliseconds);

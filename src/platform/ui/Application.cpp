@@ -1,5 +1,6 @@
 #include "platform/ui/Application.h"
 
+#include "platform/ui/PlainText.h"
 #include "platform/ui/PortugueseTexts.h"
 #include "platform/ui/VisibleFocus.h"
 
@@ -51,6 +52,7 @@ void prepareApplication(QApplication& application)
     application.setApplicationName(QStringLiteral("Planilha de Bombas"));
     QApplication::installTranslator(new PortugueseTexts(&application));
 
+    new PlainTexts(application); // Owned by the application.
     QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());
     // A plain, narrow face: the grids show all their columns on a small screen.

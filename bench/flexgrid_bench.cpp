@@ -97,5 +97,5 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     platform::prepareApplication(application);
     benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1; // Of a name that there is not, the library has said so.
 }

@@ -3,6 +3,9 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+include(CheckCXXCompilerFlag)
 
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -17,6 +20,24 @@ else()
   target_compile_options(plain_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wconversion
     $<$<BOOL:${PLANILHA_WARNINGS_ARE_ERRORS}>:-Werror>)
+endif()
+# Foreign files are read here: an overrun ends the program instead of going on with what it wrote. tests/hardening reads
+# the finished binaries for it.
+if(UNIX AND NOT APPLE)
+  target_compile_options(plain_flags INTERFACE -fstack-protector-strong)
+  foreach(flag -fstack-clash-protection -fcf-protection=full -mbranch-protection=standard)
+    string(MAKE_C_IDENTIFIER "takes${flag}" takes)
+    check_cxx_compiler_flag(${flag} ${takes})
+    if(${takes})
+      target_compile_options(plain_flags INTERFACE ${flag})
+    endif()
+  endforeach()
+  target_compile_definitions(plain_flags INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(plain_flags INTERFACE LINKER:-z,relro,-z,now)
+  if(NOT PLANILHA_SANITIZE) # They look over the same calls themselves. Without optimisation it would only warn.
+    target_compile_options(plain_flags INTERFACE
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
+  endif()
 endif()
 if(PLANILHA_SANITIZE)
   target_compile_options(plain_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all

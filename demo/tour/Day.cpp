@@ -102,13 +102,13 @@ void closing(Operator& person)
     });
 }
 
-void papers(Operator& person, const QString& folder)
+void papers(Operator& person)
 {
     person.say(QStringLiteral("the sheet and the check-list are printed"));
     person.click(Principal, QStringLiteral("Buttom_Mega3"));
-    person.print(folder + QStringLiteral("/planilha.pdf"), QStringLiteral("impressora"));
+    person.print(QStringLiteral("planilha.pdf"), QStringLiteral("impressora"));
     person.click(Principal, QStringLiteral("Buttom_Mega5"));
-    person.print(folder + QStringLiteral("/conferencia.pdf"));
+    person.print(QStringLiteral("conferencia.pdf"));
 }
 
 void history(Operator& person)
@@ -239,7 +239,7 @@ void items(Operator& person)
     person.windowGone(window);
 }
 
-void ledger(Operator& person, const QString& folder)
+void ledger(Operator& person)
 {
     person.say(QStringLiteral("a delivery of fuel goes into the ledger"));
     const QString window = QStringLiteral("frmControlEstoqueParal");
@@ -259,7 +259,7 @@ void ledger(Operator& person, const QString& folder)
     person.expectText(window, QStringLiteral("lbt_0"), shown(total + 500'000));
     person.picture(QStringLiteral("controle"));
     person.click(window, QStringLiteral("btI"));
-    person.print(folder + QStringLiteral("/controle.pdf"));
+    person.print(QStringLiteral("controle.pdf"));
     person.window(window);
     person.key(QStringLiteral("Escape"));
     person.windowGone(window);
@@ -303,19 +303,19 @@ void gauging(Operator& person)
 
 } // namespace
 
-void day(Operator& person, const QString& folder)
+void day(Operator& person)
 {
     morning(person);
     readings(person);
     closing(person);
-    papers(person, folder);
+    papers(person);
     history(person);
     deletion(person);
     issue(person);
     products(person);
     pumps(person);
     items(person);
-    ledger(person, folder);
+    ledger(person);
     gauging(person);
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/FlexGrid.h"
+#include "support/OutsideProgram.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -12,7 +13,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QProcess>
 #include <QPushButton>
 #include <QScreen>
 #include <QThread>
@@ -20,6 +20,10 @@
 #include <algorithm>
 #include <iostream>
 #include <optional>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#endif
 
 namespace tour {
 
@@ -126,10 +130,9 @@ void Operator::picture(const QString& name, const QString& window)
 
 void Operator::xdotool(const QStringList& arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
-        throw Failed(QStringLiteral("xdotool %1: %2").arg(arguments.join(u' '), process.errorString()));
+    const support::Outcome outcome = support::runOutside(QStringLiteral("xdotool"), arguments);
+    if (!outcome.succeeded())
+        throw Failed(QStringLiteral("xdotool %1: %2").arg(arguments.join(u' '), QString::fromUtf8(outcome.errors)));
 }
 
 void Operator::key(const QString& key, int times)
@@ -312,26 +315,57 @@ void Operator::password(const QString& pictureName)
     windowGone(QStringLiteral("frmsenha"));
 }
 
+#ifdef Q_OS_WIN
+void Operator::print(const QString& file, const QString& pictureName)
+{
+    // The system's own dialog, which is no window of this program. Enter prints on the default printer, whose papers
+    // land in the folder that PLANILHA_PAPEIS names.
+    const auto isDialogThere = [] {
+        wchar_t name[16] = {};
+        GetClassNameW(GetForegroundWindow(), name, 16);
+        return QString::fromWCharArray(name) == QStringLiteral("#32770");
+    };
+    const QDir papers(qEnvironmentVariable("PLANILHA_PAPEIS"));
+    const auto printed = [&] {
+        return papers.entryInfoList({QStringLiteral("papel-*.ps")}, QDir::Files, QDir::Time | QDir::Reversed);
+    };
+    const qsizetype before = printed().size();
+    expect(QStringLiteral("the print dialog"), isDialogThere);
+    QThread::msleep(SettleMs);
+    if (!pictureName.isEmpty())
+        picture(pictureName);
+    key(QStringLiteral("Return"));
+    expect(QStringLiteral("the print dialog has closed"), [&] { return !isDialogThere(); });
+    expect(file + QStringLiteral(" has been printed"), [&] { return printed().size() > before; });
+    QString paper = file;
+    paper.replace(QStringLiteral(".pdf"), QStringLiteral(".ps"));
+    QFile::remove(paper);
+    if (!QFile::copy(printed().constLast().filePath(), paper))
+        throw Failed(QStringLiteral("cannot keep the paper ") + paper);
+}
+#else
 void Operator::print(const QString& file, const QString& pictureName)
 {
     const QString dialog = QStringLiteral("dlgPrinter");
-    QFile::remove(file);
+    const QString path = m_folder + u'/' + file;
+    QFile::remove(path);
     window(dialog);
     // PDF is the last of the printers.
     click(dialog, QStringLiteral("printers"));
     QThread::msleep(SettleMs);
     key(QStringLiteral("End"));
     key(QStringLiteral("Return"));
-    fill(dialog, QStringLiteral("filename"), file);
+    fill(dialog, QStringLiteral("filename"), file); // The folder's own name may have letters that no key here makes.
     if (!pictureName.isEmpty())
         picture(pictureName);
     key(QStringLiteral("Return"));
     windowGone(dialog);
     expect(file + QStringLiteral(" has been printed"), [&] {
-        QFile paper(file);
+        QFile paper(path);
         return paper.open(QIODevice::ReadOnly) && paper.read(5) == "%PDF-" && paper.size() > 2000;
     });
 }
+#endif
 
 QString Operator::text(const QString& window, const QString& control)
 {

@@ -35,7 +35,7 @@ public:
 class Operator
 {
 public:
-    /// Pictures and the log go to `folder`.
+    /// Pictures, papers and the log go to `folder`, the folder that the process is in.
     explicit Operator(const QString& folder);
 
     void say(const QString& text);
@@ -93,7 +93,7 @@ private:
     int m_pictures = 0;
 };
 
-/// The whole day. Papers are printed into `folder`.
-void day(Operator& person, const QString& folder);
+/// The whole day.
+void day(Operator& person);
 
 } // namespace tour

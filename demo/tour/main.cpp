@@ -37,7 +37,7 @@ void live(const QString& folder, Course& course)
     try {
         tour::Operator person(folder);
         try {
-            tour::day(person, folder);
+            tour::day(person);
             course.dayIsOver = true;
             person.say(QStringLiteral("Escape ends the program"));
             person.key(QStringLiteral("Escape"));
@@ -79,6 +79,8 @@ int main(int argc, char* argv[])
         std::cerr << "usage: tour --pasta DIR --destino DIR" << std::endl;
         return 2;
     }
+    const QString stationFolder = QDir(parser.value(station)).absolutePath();
+    QDir::setCurrent(folder);
     for (const QString& old : QDir(folder).entryList({QStringLiteral("*.png"), QStringLiteral("*.pdf")}, QDir::Files))
         QFile::remove(QDir(folder).filePath(old));
 
@@ -91,8 +93,7 @@ int main(int argc, char* argv[])
 
     Course course;
     std::thread person([&] { live(folder, course); });
-    const int result = ModConec::Main(
-        {QDir(parser.value(station)).absolutePath(), messages, clock, events, {chooser, defaultPrinter, spooler}});
+    const int result = ModConec::Main({stationFolder, messages, clock, events, {chooser, defaultPrinter, spooler}});
     if (!course.dayIsOver) {
         // The person still waits for something that will not come any more.
         std::cerr << "the program ended before the day did" << std::endl;

@@ -14,6 +14,13 @@
 
 namespace accessfile {
 
+struct CalendarDay
+{
+    int year = 0;
+    int month = 0;
+    int day = 0;
+};
+
 /// Conversions by the regional settings of the station; the platform layer supplies them, the engine has none of its
 /// own.
 class RegionalConversions
@@ -21,10 +28,22 @@ class RegionalConversions
 public:
     virtual ~RegionalConversions() = default;
     [[nodiscard]] virtual std::optional<double> toNumber(std::string_view utf8) const = 0;
+    /// The same number with all its digits; nullopt too when 38 do not hold it.
+    [[nodiscard]] virtual std::optional<Numeric> toDecimal(std::string_view utf8) const = 0;
     /// Days since 1899-12-30.
     [[nodiscard]] virtual std::optional<double> toDate(std::string_view utf8) const = 0;
     [[nodiscard]] virtual std::string numberToText(double number) const = 0;
     [[nodiscard]] virtual std::string dateToText(double serial) const = 0;
+
+    // The functions of SQL that depend on the settings; values are Null, numbers, dates or texts.
+    [[nodiscard]] virtual std::string format(const Value& value, std::string_view pattern) const = 0;
+    /// The day of a date, of a number or of a text that is one; nullopt for other texts and outside the years 100 to
+    /// 9999.
+    [[nodiscard]] virtual std::optional<CalendarDay> day(const Value& value) const = 0;
+    /// The number with which a text begins, 0 without one.
+    [[nodiscard]] virtual double leadingNumber(std::string_view utf8) const = 0;
+    [[nodiscard]] virtual std::string upperCase(std::string_view utf8) const = 0;
+    [[nodiscard]] virtual std::string lowerCase(std::string_view utf8) const = 0;
 };
 
 /// Column of a result: its name and the type of its cells.

@@ -4,7 +4,9 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -81,5 +83,23 @@ struct RowId
 [[nodiscard]] double localTime();
 /// The same to the second, as dates in rows are kept: equal-looking dates are then equal.
 [[nodiscard]] double localSecond();
+
+/// All digits with a point, as many decimals as the scale; never an exponent.
+[[nodiscard]] std::string decimalText(const Numeric& decimal);
+/// Sign, digits, a point and an exponent, each but the digits optional; nullopt for any other text and for a number
+/// that 38 digits do not hold exactly.
+[[nodiscard]] std::optional<Numeric> parseDecimal(std::string_view plain);
+/// The same number with another count of decimals, surplus ones cut off; nullopt when 38 digits do not hold it.
+[[nodiscard]] std::optional<Numeric> withScale(Numeric decimal, int scale);
+/// -1, 0, 1; whatever the scales.
+[[nodiscard]] int compareDecimals(const Numeric& a, const Numeric& b);
+
+/// Digits before and behind the point, leading zeros not counted.
+[[nodiscard]] int digitCount(const Numeric& decimal);
+
+[[nodiscard]] double toDouble(const Numeric& decimal); ///< The nearest double.
+[[nodiscard]] Numeric toDecimal(Money money);
+/// Half to even at the fourth decimal; nullopt beyond the type.
+[[nodiscard]] std::optional<Money> toMoney(const Numeric& decimal);
 
 } // namespace accessfile

@@ -5,6 +5,7 @@
 #include "app/PumpGrid.h"
 #include "data/StationDatabase.h"
 #include "platform/ui/Boundary.h"
+#include "platform/ui/FocusWatch.h"
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
@@ -80,6 +81,8 @@ void frmprincipal::connectControls()
             popupFer(position);
     });
     connect(m_ui->Text1, &QLineEdit::textChanged, this, &frmprincipal::text1Change);
+    connect(new platform::FocusWatch(m_ui->Text1), &platform::FocusWatch::LostFocus, this,
+            &frmprincipal::text1LostFocus);
     connect(m_ui->flexG, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) { handle([&] { flexGKey(*event); }); });
     connect(m_ui->btf, &QPushButton::clicked, this, [this] { handle([this] { fecha_com_senha(); }); });
 
@@ -149,11 +152,6 @@ void frmprincipal::carrega_planilha()
 
 bool frmprincipal::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_ui->Text1 && event->type() == QEvent::FocusOut) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
-            text1LostFocus();
-    }
     if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
         // An open menu of the menu bar keeps its keys.
         const auto* const widget = static_cast<QWidget*>(watched);
@@ -171,12 +169,9 @@ bool frmprincipal::previewKey(const QKeyEvent& event)
     switch (event.key()) {
     case Qt::Key_F4:
         // The key closes without the password that the button asks for.
-        if (!event.isAutoRepeat())
-            handle([this] { fecha_l(); });
+        handle([this] { fecha_l(); });
         return true;
     case Qt::Key_Escape:
-        if (event.isAutoRepeat())
-            return true; // A key held down to leave the log must not end the program, too.
         if (m_ui->Frame4->isVisible())
             esconde_excluidos();
         else

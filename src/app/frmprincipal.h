@@ -100,11 +100,13 @@ private:
     void fecha_com_senha();
     void fecha_l();
     [[nodiscard]] bool fecha_linhas(QDate day);
+    [[nodiscard]] bool closesAgain(const QEvent& event) const;
 
     // History of closed readings.
     void carrega_flex1(const QString& sql);
     void carrega_flex1Expandido(ado::Recordset& readings);
     void carrega_flex1Consolidado();
+    void esvazia_flex2();
     void exec_t();
     void lista_do_dia(QDate day);
     void mostra_totais(const HistoryRows::Totals& totals);

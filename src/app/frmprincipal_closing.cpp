@@ -3,6 +3,7 @@
 
 #include "app/Closing.h"
 #include "data/StationDatabase.h"
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
@@ -11,6 +12,7 @@
 #include "shared/StockHelpers.h"
 #include "shared/SupervisorGate.h"
 
+#include <QKeyEvent>
 #include <QScopedValueRollback>
 
 // Closing the sheet.
@@ -38,6 +40,7 @@ void frmprincipal::fecha_l()
     m_closeAfterwards = false;
     {
         const QScopedValueRollback<bool> closing(m_fechando, true);
+        const platform::InputQueue::Dropping again([this](const QEvent& event) { return closesAgain(event); });
         closed = fecha_linhas(day);
     }
     if (!closed)
@@ -47,6 +50,20 @@ void frmprincipal::fecha_l()
     lista_do_dia(day);
     if (m_closeAfterwards)
         close();
+}
+
+/// The closing's own key and button, pressed once more while it runs.
+bool frmprincipal::closesAgain(const QEvent& event) const
+{
+    if (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
+        const QPoint place = static_cast<const QMouseEvent&>(event).globalPosition().toPoint();
+        return m_ui->btf->rect().contains(m_ui->btf->mapFromGlobal(place));
+    }
+    if (event.type() != QEvent::KeyPress)
+        return false;
+    const int key = static_cast<const QKeyEvent&>(event).key();
+    return key == Qt::Key_F4 ||
+           (m_ui->btf->hasFocus() && (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter));
 }
 
 bool frmprincipal::fecha_linhas(QDate day)

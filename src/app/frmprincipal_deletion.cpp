@@ -5,6 +5,7 @@
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
+#include "platform/ui/InputQueue.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 #include "shared/ListFill.h"
@@ -39,7 +40,7 @@ void frmprincipal::flex2Key(QKeyEvent& event)
         return;
     event.accept();
     // A list that is being filled is not on the screen yet: there is nothing that could have been marked.
-    if (m_historyFills > 0 || event.isAutoRepeat())
+    if (m_historyFills > 0)
         return;
     m_services.events.DoEvents();
     if (m_senhaExclusao != u"sim") {
@@ -83,6 +84,7 @@ void frmprincipal::exclui_leituras()
 
 void frmprincipal::mostra_excluidos()
 {
+    const platform::InputQueue::GoingOn shown; // Escape leaves the log, and not the program
     Module1::Fill fill(*m_ui->List1, m_services.events);
     m_ui->List1->clear();
     ado::Recordset log;

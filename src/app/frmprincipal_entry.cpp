@@ -69,7 +69,7 @@ void frmprincipal::flexKey(QKeyEvent& event)
     if (!isEnter(event))
         return;
     event.accept();
-    if (m_ui->flex->Rows() < 2 || event.isAutoRepeat())
+    if (m_ui->flex->Rows() < 2)
         return;
     m_linha = m_ui->flex->Row();
     seleciona_bomba();

@@ -37,6 +37,7 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
     Module1::Fill fill(flex2, m_services.events, readings.RecordCount());
+    fill.ifItFails([this] { esvazia_flex2(); });
     HistoryRows::formataflex2(flex2);
 
     HistoryRows::Reading reading(readings);
@@ -66,6 +67,7 @@ void frmprincipal::carrega_flex1Consolidado()
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
     Module1::Fill fill(flex2, m_services.events);
+    fill.ifItFails([this] { esvazia_flex2(); });
     HistoryRows::formataflex2(flex2);
 
     const QString period = QStringLiteral("Select * from leitura where DataLT >= ") +
@@ -94,6 +96,12 @@ void frmprincipal::carrega_flex1Consolidado()
         totals += sum.totals;
     }
     mostra_totais(totals);
+}
+
+void frmprincipal::esvazia_flex2()
+{
+    HistoryRows::formataflex2(*m_ui->flex2);
+    mostra_totais({});
 }
 
 void frmprincipal::mostra_totais(const HistoryRows::Totals& totals)

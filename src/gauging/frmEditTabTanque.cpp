@@ -6,8 +6,10 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
+#include "platform/ui/KeyFilter.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
+#include "platform/vb/TypedNumber.h"
 #include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
@@ -23,6 +25,7 @@ frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     enterMovesOn->watch(m_ui->Combo1);
     for (QLineEdit* const box : {m_ui->Text1, m_ui->Text2}) {
         Module1::seleciona_ao_focar(*box);
+        new platform::KeyFilter(box, [](int code) { return code; }); // for the keypad's decimal key
         enterMovesOn->watch(box);
     }
     formata_flex();
@@ -75,6 +78,7 @@ void frmEditTabTanque::carrega_tabela()
     ado::Recordset table;
     {
         Module1::Fill fill(*m_ui->flex, m_services.events);
+        fill.ifItFails([this] { formata_flex(); });
         table.Open(QStringLiteral("Select * from ") + m_ui->Combo1->currentText() + QStringLiteral(" order by cma ;"),
                    m_services.DataConnection);
         // Without rows in this table the rows of the tank before stay on screen, deliberately.
@@ -132,6 +136,8 @@ void frmEditTabTanque::escolhe_linha()
 void frmEditTabTanque::confirma()
 {
     for (QLineEdit* const box : {m_ui->Text1, m_ui->Text2}) {
+        // Points are taken out where the table is shown: one that is stored must be no decimal point.
+        box->setText(vb::typedNumber(box->text()));
         if (!vb::IsNumeric(box->text())) {
             box->setText(QStringLiteral("0"));
             box->setFocus();

@@ -1,9 +1,13 @@
 #include "accessfile/Database.h"
 #include "accessfile/Error.h"
+#include "mdbsql/Arguments.h"
+#include "mdbsql/CommandLine.h"
+#include "mdbsql/Output.h"
 #include "mdbsql/Script.h"
 #include "platform/ado/AccessConversions.h"
 
-#include <charconv>
+#include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <sstream>
 
@@ -15,157 +19,7 @@
 
 namespace {
 
-constexpr const char* usage =
-    "Uso: mdbsql ARQUIVO [opções] [-c COMANDO | < roteiro.sql]\n"
-    "\n"
-    "  -c COMANDO         executa o comando em vez de ler um roteiro da entrada padrão\n"
-    "  --password SENHA   senha do banco de dados\n"
-    "  --create           antes, cria o arquivo em branco (com a senha, se dada)\n"
-    "  --verify           confere o arquivo inteiro e mostra o que encontrar de errado; sem -c não lê roteiro\n"
-    "\n"
-    "No roteiro cada comando termina com ; no fim da linha; linhas que começam com -- são comentários. O primeiro\n"
-    "erro encerra o roteiro.\n";
-
-struct Options
-{
-    std::string file;
-    std::string password;
-    std::optional<std::string> command;
-    bool create = false;
-    bool verify = false;
-};
-
-/// nullopt when the arguments make no sense.
-std::optional<Options> readArguments(const std::vector<std::string>& arguments)
-{
-    Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        const bool hasValue = argument == "-c" || argument == "--password";
-        if (hasValue && i + 1 == arguments.size())
-            return std::nullopt;
-        if (argument == "-c")
-            options.command = arguments[++i];
-        else if (argument == "--password")
-            options.password = arguments[++i];
-        else if (argument == "--create")
-            options.create = true;
-        else if (argument == "--verify")
-            options.verify = true;
-        else if (argument.starts_with("-") || !options.file.empty())
-            return std::nullopt;
-        else
-            options.file = argument;
-    }
-    if (options.file.empty())
-        return std::nullopt;
-    return options;
-}
-
-/// Writes rows as lines of tab-separated text, the names first. Line breaks and tabs inside a text become \n and \t.
-class TextSink : public accessfile::RowSink
-{
-public:
-    explicit TextSink(std::ostream& out)
-        : m_out(out)
-    {}
-
-    void columns(const std::vector<accessfile::ResultColumn>& columns) override
-    {
-        for (const accessfile::ResultColumn& column : columns)
-            textCell(column.name);
-        endRow(std::nullopt);
-    }
-
-    void cell(const accessfile::Value& value) override
-    {
-        if (const bool* truth = std::get_if<bool>(&value))
-            textCell(*truth ? "-1" : "0");
-        else if (const std::int32_t* integer = std::get_if<std::int32_t>(&value))
-            textCell(std::to_string(*integer));
-        else if (const float* single = std::get_if<float>(&value))
-            number(*single);
-        else if (const double* number64 = std::get_if<double>(&value))
-            number(*number64);
-        else if (const auto* money = std::get_if<accessfile::Money>(&value))
-            number(static_cast<double>(money->scaled) / 10'000);
-        else if (const auto* date = std::get_if<accessfile::DateTime>(&value))
-            textCell(m_conversions.dateToText(date->serial));
-        else if (const std::string* text = std::get_if<std::string>(&value))
-            textCell(*text);
-        else if (const auto* numeric = std::get_if<accessfile::Numeric>(&value))
-            textCell(decimal(*numeric));
-        else if (const auto* guid = std::get_if<accessfile::Guid>(&value))
-            bytes(guid->bytes.data(), guid->bytes.size());
-        else if (const auto* binary = std::get_if<accessfile::Bytes>(&value))
-            bytes(binary->data(), binary->size());
-        else
-            textCell({});
-    }
-
-    void textCell(std::string_view utf8) override
-    {
-        if (!m_first)
-            m_out << '\t';
-        m_first = false;
-        for (const char c : utf8) {
-            if (c == '\t')
-                m_out << "\\t";
-            else if (c == '\n')
-                m_out << "\\n";
-            else if (c != '\r')
-                m_out << c;
-        }
-    }
-
-    void endRow(std::optional<accessfile::RowId> /*row*/) override
-    {
-        m_out << '\n';
-        m_first = true;
-    }
-
-private:
-    /// Plain digits with a point, readable by the next program.
-    template <typename Number>
-    void number(Number value)
-    {
-        std::array<char, 64> digits{};
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-        textCell(std::string_view(digits.data(), static_cast<std::size_t>(end.ptr - digits.data())));
-    }
-
-    static std::string decimal(accessfile::Numeric numeric)
-    {
-        std::string digits;
-        do {
-            std::uint64_t rest = 0;
-            for (std::uint32_t& word : numeric.magnitude) {
-                rest = rest << 32U | word;
-                word = static_cast<std::uint32_t>(rest / 10);
-                rest %= 10;
-            }
-            digits.insert(digits.begin(), static_cast<char>('0' + static_cast<char>(rest)));
-        } while (numeric.magnitude != std::array<std::uint32_t, 4>{} || digits.size() <= numeric.scale);
-        if (numeric.scale > 0)
-            digits.insert(digits.size() - numeric.scale, ".");
-        return (numeric.negative ? "-" : "") + digits;
-    }
-
-    void bytes(const std::uint8_t* data, std::size_t size)
-    {
-        static constexpr std::string_view digits = "0123456789ABCDEF";
-        std::string text;
-        for (std::size_t i = 0; i < size; ++i) {
-            text += digits[data[i] >> 4U];
-            text += digits[data[i] & 15U];
-        }
-        textCell(text);
-    }
-
-    std::ostream& m_out;
-    bool m_first = true;
-    ado::AccessConversions m_conversions;
-};
+enum ExitCode { Good = 0, Failed = 1, Misused = 2, OutputLost = 3 };
 
 bool isSelect(std::string_view statement)
 {
@@ -182,6 +36,9 @@ void run(accessfile::Database& database, const std::string& statement)
     if (isSelect(statement)) {
         TextSink sink(std::cout);
         database.select(statement, sink);
+        // What nobody can read any more must not let the script's later changes happen.
+        if (!std::cout)
+            throw OutputError();
     } else {
         database.execute(statement);
     }
@@ -196,9 +53,10 @@ bool runScript(accessfile::Database& database, std::istream& input, const std::s
         try {
             run(database, statement);
         } catch (const accessfile::Error& error) {
-            std::cout.flush();
-            std::cerr << name << ':' << reader.line() << ": " << error.what() << " (" << error.number() << ")\n"
-                      << statement << '\n';
+            flush(std::cout);
+            std::cerr << name << ':' << reader.line() << ": " << printable(error.what()) << " (" << error.number()
+                      << ")\n"
+                      << printable(statement) << '\n';
             return false;
         }
     }
@@ -215,15 +73,14 @@ bool isTerminal()
 #endif
 }
 
-int runMain(const Options& options)
+int work(const Options& options)
 {
-    const std::filesystem::path file(options.file);
     if (options.create)
-        accessfile::Storage::create(file, options.password);
+        accessfile::Storage::create(options.file, options.password);
     accessfile::OpenOptions opening;
     opening.password = options.password;
     const ado::AccessConversions conversions;
-    accessfile::Database database(accessfile::Storage::open(file, opening), conversions);
+    accessfile::Database database(accessfile::Storage::open(options.file, opening), conversions);
 
     bool good = true;
     if (options.command) {
@@ -234,11 +91,12 @@ int runMain(const Options& options)
     }
     if (good && options.verify) {
         for (const std::string& fault : database.storage().verify()) {
-            std::cout << fault << '\n';
+            std::cout << printable(fault) << '\n';
             good = false;
         }
     }
-    return good ? 0 : 1;
+    flush(std::cout);
+    return good ? Good : Failed;
 }
 
 } // namespace
@@ -246,17 +104,27 @@ int runMain(const Options& options)
 int main(int count, char** values)
 {
     std::ios::sync_with_stdio(false);
-    const std::optional<Options> options = readArguments({values + 1, values + count});
-    if (!options) {
-        std::cerr << usage;
-        return 2;
-    }
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // A closed pipe is an error of the output, told like a full disk.
+#endif
     try {
-        return runMain(*options);
-    } catch (const accessfile::Error& error) {
-        std::cerr << "mdbsql: " << error.what() << " (" << error.number() << ")\n";
-    } catch (const std::exception& error) {
+        const std::variant<Options, Help, Misuse> arguments = readArguments(commandLine(count, values));
+        if (const Misuse* misuse = std::get_if<Misuse>(&arguments)) {
+            std::cerr << "mdbsql: " << printable(misuse->reason) << "\n\n" << helpText;
+            return Misused;
+        }
+        if (const Options* options = std::get_if<Options>(&arguments))
+            return work(*options);
+        std::cout << helpText;
+        flush(std::cout);
+        return Good;
+    } catch (const OutputError& error) {
         std::cerr << "mdbsql: " << error.what() << '\n';
+        return OutputLost;
+    } catch (const accessfile::Error& error) {
+        std::cerr << "mdbsql: " << printable(error.what()) << " (" << error.number() << ")\n";
+    } catch (const std::exception& error) {
+        std::cerr << "mdbsql: " << printable(error.what()) << '\n';
     }
-    return 1;
+    return Failed;
 }

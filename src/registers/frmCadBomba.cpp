@@ -7,6 +7,7 @@
 #include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FocusWatch.h"
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
@@ -178,6 +179,7 @@ void frmCadBomba::grava()
                        "tanq) values ('") +
         values.join(QStringLiteral("','")) + QStringLiteral("');"));
     const QString number = pumpNumber();
+    const platform::InputQueue::GoingOn asked; // Escape answers the question
     if (!carrega_list1())
         return;
     // Asked after every save, whether or not the tank is another one, deliberately.

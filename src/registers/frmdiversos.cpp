@@ -5,6 +5,7 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FlexGrid.h"
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
@@ -123,6 +124,7 @@ void frmdiversos::carrega(platform::FlexGrid& grid, const QString& statement)
     ado::Recordset rows;
     rows.Open(statement, m_services.DataConnection);
     Module1::Fill fill(grid, m_services.events, rows.RecordCount());
+    fill.ifItFails([&grid] { grid.clearRows(); });
     grid.clearRows();
     const int code = rows.fieldIndex(u"codigo");
     const int quantity = rows.fieldIndex(u"quantidade");
@@ -214,6 +216,8 @@ void frmdiversos::insere()
     m_services.DataConnection.Execute(
         QStringLiteral("Insert into EstoqueDiversos(codigo, QUANTIDADE, discriminacao) values ('") +
         values.join(QStringLiteral("','")) + QStringLiteral("');"));
+    const platform::InputQueue::GoingOn
+        hidden; // Escape comes to the window, and not to the entry that is on its way out
     m_ui->Flex1->AddItem(QStringList{m_chosenCode, quantity, description});
     carrega_flex1();
     showQuantity(false);

@@ -10,6 +10,8 @@
 #include <QListWidget>
 #include <QSignalBlocker>
 
+#include <exception>
+
 namespace Module1 {
 
 namespace {
@@ -56,14 +58,18 @@ Fill::Fill(QWidget& view, platform::EventPump& events, qsizetype rows)
     , m_number(++m_latest->number)
     , m_wasVisible(view.window()->isVisible())
     , m_rows(rows)
+    , m_errorsBefore(std::uncaught_exceptions())
 {
     holdBack(view, true);
 }
 
 Fill::~Fill()
 {
-    if (isLatest())
-        holdBack(*m_view, false);
+    if (!isLatest())
+        return;
+    if (m_empty && std::uncaught_exceptions() > m_errorsBefore)
+        m_empty();
+    holdBack(*m_view, false);
 }
 
 bool Fill::isLatest() const

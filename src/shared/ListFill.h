@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/ui/InputQueue.h"
 #include "platform/vb/Variant.h"
 
 #include <QPointer>
 #include <QString>
 
 #include <functional>
+#include <utility>
 
 class QComboBox;
 class QListWidget;
@@ -19,7 +21,8 @@ class EventPump;
 namespace Module1 {
 
 /// One fill of a list or grid. What it shows is held back until it is full; each row lets events run, and a newer fill
-/// of the same view or the closing of its window may come in between.
+/// of the same view or the closing of its window may come in between. Keys and clicks wait until it is through, so that
+/// they find the whole list; Escape alone acts at once.
 class Fill
 {
 public:
@@ -29,6 +32,8 @@ public:
     Fill(const Fill&) = delete;
     Fill& operator=(const Fill&) = delete;
 
+    /// What shows when the fill ends in an error: nothing, rather than a part of a list beside the totals of another.
+    void ifItFails(std::function<void()> empty) { m_empty = std::move(empty); }
     /// After each row. False when this fill has been overtaken: it stops and leaves the view alone.
     [[nodiscard]] bool goesOn();
 
@@ -44,6 +49,7 @@ private:
     };
     [[nodiscard]] static Latest* latestOf(QWidget& view);
 
+    platform::InputQueue::Filling m_filling;
     QPointer<QWidget> m_view;
     platform::EventPump& m_events;
     QPointer<Latest> m_latest;
@@ -51,6 +57,8 @@ private:
     bool m_wasVisible;
     qsizetype m_rows;
     qsizetype m_done = 0;
+    std::function<void()> m_empty;
+    int m_errorsBefore; ///< That were on their way when the fill began.
 };
 
 /// The rows of a register list: the statement and the fields of code and description.

@@ -1,17 +1,16 @@
 #include "shared/Module1.h"
 
 #include "platform/ui/FlexGrid.h"
+#include "platform/ui/FocusWatch.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
 #include <QElapsedTimer>
-#include <QFocusEvent>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScreen>
 #include <QThread>
-#include <QTimer>
 
 namespace Module1 {
 
@@ -23,37 +22,19 @@ constexpr int SlideTwips = 150;
 constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
 constexpr qint64 LongestSlideMilliseconds = 1500;
 
-class SelectOnFocus : public QObject
-{
-public:
-    explicit SelectOnFocus(QLineEdit& box)
-        : QObject(&box)
-        , m_box(box)
-    {
-        box.installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() == QEvent::FocusIn) {
-            // The click that brings the focus moves the caret after this event: select behind it.
-            if (static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason)
-                QTimer::singleShot(0, &m_box, [this] { seleciona_tudo(m_box); });
-            else
-                seleciona_tudo(m_box);
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    QLineEdit& m_box;
-};
-
 } // namespace
 
 void seleciona_ao_focar(QLineEdit& box)
 {
-    new SelectOnFocus(box); // Owned by the box.
+    using platform::FocusWatch;
+    QObject::connect(new FocusWatch(&box), &FocusWatch::GotFocus, &box, [&box](Qt::FocusReason reason) {
+        // The click that brings the focus moves the caret after this: select behind it.
+        if (reason == Qt::MouseFocusReason)
+            QMetaObject::invokeMethod(
+                &box, [&box] { seleciona_tudo(box); }, Qt::QueuedConnection);
+        else
+            seleciona_tudo(box);
+    });
 }
 
 char16_t filtra_numero(QLineEdit& box, char16_t key)

@@ -24,7 +24,8 @@ namespace Module1 {
 /// Selects the whole text of a box.
 void seleciona_tudo(QLineEdit& box);
 
-/// Has a box select its whole text whenever it gets the focus, by key or by mouse.
+/// Has a box select its whole text whenever the operator comes to it, by key or by mouse; not on coming back to its
+/// window, which would let the next key replace what is being typed.
 void seleciona_ao_focar(QLineEdit& box);
 
 /// Sum of a column over the data rows of a grid, each cell read as a number; an empty cell counts as 0.

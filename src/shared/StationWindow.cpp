@@ -77,8 +77,7 @@ bool StationWindow::eventFilter(QObject* watched, QEvent* event)
     auto* const button = qobject_cast<QPushButton*>(watched);
     if (!button || event->type() != QEvent::KeyPress || !isEnter(*static_cast<QKeyEvent*>(event)))
         return QDialog::eventFilter(watched, event);
-    if (!static_cast<QKeyEvent*>(event)->isAutoRepeat())
-        button->click();
+    button->click();
     return true;
 }
 

@@ -5,9 +5,11 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FocusWatch.h"
+#include "platform/ui/KeyFilter.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "platform/vb/TypedNumber.h"
 #include "shared/ListEntry.h"
 #include "shared/ListFill.h"
 #include "shared/Module1.h"
@@ -16,6 +18,7 @@
 #include "shared/StockHelpers.h"
 
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 
 #include <array>
@@ -79,7 +82,9 @@ void frmControlEstoqueParal::connectControls()
     }
     auto* const litres = new platform::FocusWatch(m_ui->tx_0);
     connect(litres, &platform::FocusWatch::LostFocus, this,
-            [this] { m_ui->tx_0->setText(formatted(m_ui->tx_0->text())); });
+            [this] { m_ui->tx_0->setText(formatted(vb::typedNumber(m_ui->tx_0->text()))); });
+
+    new platform::KeyFilter(m_ui->tx_0, [](int code) { return code; }); // for the keypad's decimal key
 
     connect(m_ui->List1, &platform::ListBox::Click, this, [this] { handle([this] { carrega_flex(); }); });
     connect(m_ui->BTM, &QPushButton::clicked, this, [this] { handle([this] { confirma(); }); });
@@ -124,8 +129,17 @@ void frmControlEstoqueParal::format_flex()
     m_ui->flex->setStretchColumn(Supplier);
 }
 
+/// The totals go with their rows: a listing that fails leaves neither.
+void frmControlEstoqueParal::esvazia()
+{
+    format_flex();
+    for (QLabel* const total : {m_ui->lbt_0, m_ui->lbt_1})
+        total->setText(QStringLiteral("0,00"));
+}
+
 void frmControlEstoqueParal::confirma()
 {
+    m_ui->tx_0->setText(vb::typedNumber(m_ui->tx_0->text()));
     if (!vb::IsNumeric(m_ui->tx_0->text()))
         m_ui->tx_0->setText(QStringLiteral("0"));
     const double litres = vb::CDbl(m_ui->tx_0->text());
@@ -158,7 +172,7 @@ void frmControlEstoqueParal::carrega_flex()
     m_product = Module1::selectedEntry(*m_ui->List1);
     m_first = m_ui->dtp_0->Value();
     m_last = m_ui->dtp_1->Value();
-    format_flex();
+    esvazia();
     ado::Recordset rows;
     rows.Open(QStringLiteral("Select * from ControleProdComb where codProd = ") +
                   vb::plainDecimal(productNumber(m_product)) + QStringLiteral("  and DataOP >= ") +
@@ -174,6 +188,7 @@ void frmControlEstoqueParal::carrega_flex()
     vb::Currency debits;
     Module1::RowText row(rows);
     Module1::Fill fill(*m_ui->flex, m_services.events, rows.RecordCount());
+    fill.ifItFails([this] { esvazia(); });
     for (; !rows.Eof(); rows.MoveNext()) {
         row.begin();
         for (const Column column : {Key, ProductNumber})

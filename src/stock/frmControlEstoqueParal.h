@@ -25,6 +25,7 @@ private:
     void connectControls();
     void carrega_lst();
     void format_flex();
+    void esvazia();
     void confirma();
     void grava_estoque(double litres);
     void carrega_flex();

@@ -1,11 +1,11 @@
 #include "accessfile/AccessTestTools.h"
 
-#include "accessfile/format/TextCodec.h"
+#include "accessfile/format/Utf8.h"
+#include "support/OutsideProgram.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
+#include <QTimeZone>
 #include <QUuid>
 
 #include <algorithm>
@@ -30,27 +30,10 @@ std::string dateText(double serial)
 {
     const double days = std::trunc(serial);
     const double fraction = std::fabs(serial - days);
-    return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), Qt::UTC)
+    return QDateTime(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), QTimeZone::utc())
         .addSecs(static_cast<qint64>(std::floor(fraction * 86400 + 0.5)))
         .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
         .toStdString();
-}
-
-std::string numericText(Numeric number)
-{
-    std::string digits;
-    do {
-        std::uint64_t rest = 0;
-        for (std::uint32_t& word : number.magnitude) {
-            rest = rest << 32U | word;
-            word = static_cast<std::uint32_t>(rest / 10);
-            rest %= 10;
-        }
-        digits.insert(digits.begin(), static_cast<char>('0' + rest));
-    } while (number.magnitude != std::array<std::uint32_t, 4>{} || digits.size() <= number.scale);
-    if (number.scale > 0)
-        digits.insert(digits.size() - number.scale, ".");
-    return (number.negative ? "-" : "") + digits;
 }
 
 /// As the other reader groups its digits.
@@ -66,15 +49,9 @@ struct CellText
     std::string operator()(std::int32_t value) const { return std::to_string(value); }
     std::string operator()(float value) const { return QByteArray::number(double{value}, 'g', 7).toStdString(); }
     std::string operator()(double value) const { return QByteArray::number(value, 'g', 15).toStdString(); }
-    std::string operator()(Money value) const
-    {
-        const auto scaled = static_cast<std::uint64_t>(value.scaled < 0 ? -value.scaled : value.scaled);
-        return numericText({value.scaled < 0,
-                            {0, 0, static_cast<std::uint32_t>(scaled >> 32U), static_cast<std::uint32_t>(scaled)},
-                            4});
-    }
+    std::string operator()(Money value) const { return decimalText(toDecimal(value)); }
     std::string operator()(DateTime value) const { return dateText(value.serial); }
-    std::string operator()(const Numeric& value) const { return numericText(value); }
+    std::string operator()(const Numeric& value) const { return decimalText(value); }
     std::string operator()(const Guid& value) const { return guidText(value); }
     std::string operator()(const std::string& value) const { return value; }
     std::string operator()(const Bytes& value) const { return hexOf(value); }
@@ -112,18 +89,17 @@ Rows rowsOf(const Table& table)
 
 bool exporterInstalled()
 {
-    return !QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty();
+    return !support::outsideProgram(QStringLiteral("mdb-export")).isEmpty();
 }
 
 namespace {
 
 QByteArray outputOf(const QString& program, const QStringList& arguments)
 {
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
-        throw std::runtime_error(process.readAllStandardError().toStdString());
-    return process.readAllStandardOutput();
+    const support::Outcome outcome = support::runOutside(program, arguments);
+    if (!outcome.succeeded())
+        throw std::runtime_error(outcome.errors.toStdString());
+    return outcome.output;
 }
 
 /// Rows of a table as another reader of the format shows them.
@@ -211,7 +187,8 @@ QString joined(const std::vector<std::string>& lines)
 
 QString sharedFolder()
 {
-    const QString folder = qEnvironmentVariable("PLANILHA_SHARED_DIR") + QStringLiteral("/access");
+    const QString beside = qEnvironmentVariable("PLANILHA_SOURCE_DIR") + QStringLiteral("/../shared/access");
+    const QString folder = qEnvironmentVariable("PLANILHA_REAL_FILES", beside);
     return QDir(folder).exists() ? folder : QString();
 }
 

@@ -127,10 +127,17 @@ void TestSqlChanges::assigns_data()
     row("BYTE", "-1", overflow);
     row("CURRENCY", "'1.234,56785'", "$1234.5678"); // half to even
     row("CURRENCY", "1e15", overflow);
+    row("CURRENCY", "922337203685477.5807", "$922337203685477.5807");
+    row("CURRENCY", "'-922.337.203.685.477,5808'", "$-922337203685477.5808");
+    row("CURRENCY", "-922337203685477.58085", "$-922337203685477.5808");
+    row("CURRENCY", "922337203685477.5808", overflow);
     row("SINGLE", "0.1", "0.1f");
     row("SINGLE", "1e39", overflow);
     row("DECIMAL(6,2)", "'1234,567'", "1234.56d");
     row("DECIMAL(6,2)", "12345", overflow);
+    row("DECIMAL(6,2)", "1e-40", "0.00d");
+    row("DECIMAL(28,5)", "12345678901234567890123.45678", "12345678901234567890123.45678d");
+    row("DECIMAL(28,4)", "'-123.456.789.012.345.678.901.234,56789'", "-123456789012345678901234.5678d");
     row("YESNO", "'yes'", "True");
     row("YESNO", "0", "False");
     row("YESNO", "Null", "False");
@@ -177,6 +184,12 @@ void TestSqlChanges::refusesWhole_data()
         {"insert into P values (99, 'x')", "-3500"},
         {"insert into P (k, nome) values (99, nada)", "-3010"},
         {"insert into P k values (99)", "-3502"},
+        {"insert into P (k, nome) select k + 3, nome & k from P", "-1605"}, // fails at the first row
+        {"insert into P (k, nome) select k + 9, iif(k = 3, Null, nome & 'x') from P", "-3701"}, // at the third
+        {"insert into P (k, nome) select k from P", "-3500"},
+        {"insert into P (select k from P)", "-3500 SELECT inside of another statement is not supported."},
+        {"update P inner join Q on P.k = Q.k set v = 1", "-3500 JOIN is not supported."},
+        {"delete P.* from P left join Q on P.k = Q.k", "-3500 JOIN is not supported."},
         {"update P set k = k + 1", "-1605"}, // meets the next row
         {"update P set k = 7", "-1605"},
         {"update P set nome = Null where k = 2", "-3701"},
@@ -252,6 +265,12 @@ void TestSqlChanges::definitions()
              {"create table Chave (a long)", "0"},
              {"select * from Chave", ""},
              {"insert into Outra values (Null)", "-3701"},
+             {"insert into Outra select [código 1] + 10 from [com espaço] where unico is null", "3"},
+             {"insert into Outra (a) select max(a) + 1 from Outra", "1"},
+             {"insert into Outra select 20", "1"},
+             {"insert into Outra select top 2 a + 50 from Outra order by a", "2"}, // its own rows, once each
+             {"select a from Outra order by a", "11; 12; 13; 14; 20; 61; 62"},
+             {"delete Outra.* from Outra where a > 14", "3"},
          });
     QCOMPARE(joined(shell.database().storage().verify()), QString());
     QCOMPARE(exportDifference(shell.database().storage(), shell.path()), QString());

@@ -124,7 +124,7 @@ void TestSqlSelect::finds_data()
         {"where id < 5 order by litros desc , id asc;", "4; 1; 3; 2"},
         {"where id in (1,4,5,7) order by litros, id desc", "7; 5; 1; 4"},
         {"where id < 4 order by -id", "3; 2; 1"},
-        {"where id < 4 order by 1 desc", "3; 2; 1"},
+        {"where id < 4 order by 'x', 1 desc", "3; 2; 1"},
     });
 }
 
@@ -164,6 +164,50 @@ void TestSqlSelect::answers_data()
         {"Select sum(litros) from coisas where id = 99", "NULL"},
         {"Select sum(litros) + 1 from coisas where id < 3", "0.5"},
         {"Select * from vazia order by t", ""},
+        // groups, in the order of their keys, which are shown as their first row has them
+        {"Select year([da ta]), count(*), sum(litros) from coisas group by year([da ta])",
+         "NULL|3|5499.0; 1899|1|0.1; 2024|4|-0.3"},
+        {"Select nome, count(*) as n from coisas where id < 5 group by nome order by n desc, nome desc",
+         "'GASOLINA '|2; 'Ação'|1; 'acao'|1"},
+        {"Select vivo, min(nome) & '!' from coisas group by vivo having count(litros) > 0 order by count(*)",
+         "True|'Ação!'; False|'acao!'"},
+        {"Select ID mod 2 + 1, max(id) from coisas group by coisas.id mod 2 having max(id) < 8", "2|7"},
+        {"Select avg(valor), sum(n) from coisas group by vivo having vivo", "-3010 Too few parameters. Expected 1."},
+        {"Select avg(valor) from coisas group by vivo", "$10.2500; $1.5000"}, // 3.0001 / 2, half to even
+        {"Select 1 from vazia group by t", ""},
+        {"Select count(*) from coisas having count(*) > 99", ""},
+        // distinct, and the first ones: with those that are equal to the last
+        {"Select distinct nome from coisas where id in (3, 4, 7)", "'GASOLINA '; 'co-op'"},
+        {"Select distinct left(nome, 1) as n, vivo from coisas where id < 4 order by Left(nome, 1) desc, 2",
+         "'G'|False; 'A'|True; 'a'|False"},
+        {"Select distinct count(*) from coisas group by id", "1"},
+        {"Select top 2 id from coisas order by litros desc", "4; 1"},
+        {"Select top 1 id from coisas where id in (3, 4, 7) order by nome desc", "3; 4"},
+        {"Select top 50 percent id from coisas where id < 4 order by id", "1; 2"},
+        {"Select top 2 id from coisas", "1; 2"},
+        {"Select top 0 id from coisas", ""},
+        {"Select top 1 count(*) from coisas group by vivo order by 1 desc", "7"},
+        {"Select distinct top 1 vivo from coisas order by vivo desc", "False"}, // True is -1
+        {"Select id from coisas where id < 4 order by len(nome) desc, -id", "3; 2; 1"},
+        // functions by the station's settings
+        {"Select format(valor * 100, '##,#0.00'), format([da ta], 'dd/mm/yy'), format(Null, '0'), format(litros), "
+         "format('x', '@@') from coisas where id = 1",
+         "'1.025,00'|'15/03/24'|''|'1,5'|' x'"},
+        {"Select year('15/03/2024'), month(45366), day(#3/9/24#), year(Null)", "2024|3|9|NULL"},
+        {"Select val('12.5 l'), val('x'), val(Null), ucase('ação ß'), lcase('ÁGUA')", "12.5|0.0|NULL|'AÇÃO ß'|'água'"},
+        {"Select left('óleo', 2), right('óleo', 9), right('óleo', 1), mid('óleo', 2, 2), mid('óleo', 4), "
+         "left('🛢x', "
+         "2), "
+         "left('🛢x', 1), left(Null, 1)",
+         "'ól'|'óleo'|'o'|'le'|'o'|'🛢'|''|NULL"},
+        {"Select trim('  a b ') & '.', ltrim(' a ') & '.', rtrim(' a ') & '.', trim('  ')", "'a b.'|'a .'|' a.'|''"},
+        {"Select nz(litros), nz(litros, -1), nz(valor), nz(nome), nz(litros, 'sem'), nz(id, 5) from coisas where id = "
+         "8",
+         "0.0|-1.0|$0.0000|''|'sem'|8"},
+        // all digits of a long literal count
+        {"Select 922337203685477.5807, -922337203685477.5807 from vazia having count(*) = 0",
+         "922337203685477.5807d|-922337203685477.5807d"},
+        {"Select 1000000000000000.1 = 1000000000000000.2, 12345678901234567890.5 > 12345678901234567890", "False|True"},
         // errors
         {"Select nada from coisas", "-3010 Too few parameters. Expected 1."},
         {"Select * from coisas where nada = 1 and nada = 2", "-3010 Too few parameters. Expected 1."},
@@ -196,7 +240,16 @@ void TestSqlSelect::answers_data()
         {"Select * from coisas; Select * from coisas", "-3516"},
         {"Select nome, sum(id) from coisas", "-3500"},
         {"Select nada(1) from coisas", "-3102"},
-        {"Select * from coisas, vazia", "-3500"},
+        {"Select mid('a')", "-3102"},
+        {"Select left('a', -1)", "-3030"},
+        {"Select year('x')", "-3030"},
+        {"Select nome from coisas group by vivo", "-3500 You tried to execute a query that does not include the "
+                                                  "specified expression 'nome' as part of an aggregate "
+                                                  "function."},
+        {"Select * from coisas group by id", "-3500 Cannot group on fields selected with '*'."},
+        {"Select distinct nome from coisas order by id", "-3500 ORDER BY clause 'id' conflicts with DISTINCT."},
+        {"Select top 101 percent id from coisas", "-3500"},
+        {"Select id from coisas where count(*) > 1", "-3500 Cannot have aggregate function in expression."},
         {"Select 1" + QByteArray(" + (1").repeated(2000), "-3500"}, // too deep
     };
     for (const char* const mismatch :
@@ -204,6 +257,27 @@ void TestSqlSelect::answers_data()
           "valor = '3'", "vivo = 'x'", "litros > nome", "nota = 1", "'x' and id = 1"})
         steps.push_back(
             {"Select * from coisas where " + QByteArray(mismatch), "-3030 Data type mismatch in criteria expression."});
+    // What is not served is named, wherever it stands.
+    const std::vector<Step> unserved = {
+        {"JOIN", "coisas as c left join vazia on c.id = vazia.n"},
+        {"JOIN", "(coisas inner join vazia on id = n)"},
+        {"JOIN", "coisas right join vazia on id = n where 1 = 1"},
+        {"UNION", "coisas union select 1"},
+        {"UNION", "coisas where id = 1 group by id union all select 1"},
+        {"LIMIT", "coisas order by id limit 5"},
+        {"FROM with several tables", "coisas, vazia"},
+        {"SELECT inside of another statement", "(select * from coisas)"},
+        {"SELECT inside of another statement", "coisas where id not in (select n from vazia)"},
+        {"SELECT inside of another statement", "coisas where exists (select n from vazia)"},
+        {"SELECT inside of another statement", "coisas where id = (select n from vazia)"},
+        {"CASE", "coisas where case when id then 1 end = 1"},
+        {"DISTINCT inside of a function", "coisas having count(distinct id) > 1"},
+        {"OVER", "coisas order by sum(id) over (vivo)"},
+    };
+    for (const Step& step : unserved)
+        steps.push_back({"Select 1 from " + step.answer, "-3500 " + step.statement + " is not supported."});
+    steps.push_back({"Select id into outra from coisas", "-3500 SELECT INTO is not supported."});
+    steps.push_back({"Transform sum(id) select 1", "-3500 TRANSFORM is not supported."});
     addSteps(steps);
 }
 

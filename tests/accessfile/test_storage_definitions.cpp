@@ -332,9 +332,9 @@ void TestStorageDefinitions::selfCheckFinds_data()
         QTest::newRow(name) << std::move(damage) << fault;
     };
     row("row count", QStringLiteral("contagem de registros"),
-        [](Damaged& file) { ++file.pager.modify(file.table.page())[TableDefinition::rowCountAt]; });
+        [](Damaged& file) { ++file.pager.modify(file.table.page())[definition::rowCountAt]; });
     row("autonumber behind", QStringLiteral("último número automático"), [](Damaged& file) {
-        store32(file.pager.modify(file.table.page()).data() + TableDefinition::lastNumberAt, 299);
+        store32(file.pager.modify(file.table.page()).data() + definition::lastNumberAt, 299);
     });
     row("page used and free", QStringLiteral("marcada como livre"), [](Damaged& file) {
         const PageNumber page = file.pagesOf(file.definition.ownedMap()).front();

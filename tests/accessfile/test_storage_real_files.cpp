@@ -25,7 +25,7 @@ private:
 void TestStorageRealFiles::initTestCase()
 {
     if (sharedFolder().isEmpty())
-        QSKIP("PLANILHA_SHARED_DIR names no folder with real files: whole executable");
+        QSKIP("PLANILHA_REAL_FILES names no folder with real files: whole executable");
     if (!exporterInstalled())
         QSKIP("mdb-export is not installed: whole executable");
 }

@@ -142,7 +142,7 @@ void TestStorageRefusals::tables_data()
     patched("unknown column type", QStringLiteral("tipo"),
             [](TableDefinition& definition) { definition.columns[6].entry[0] = 0x12; });
     patched("system table", QStringLiteral("sistema"),
-            [](TableDefinition& definition) { definition.fixed[40] = TableDefinition::systemTable; });
+            [](TableDefinition& definition) { definition.fixed[40] = definition::systemTable; });
     row("replica", QStringLiteral("réplica"),
         [](StorageFile& storage) { storage.addColumn("Bomba", column("s_Generation", ColumnType::Long)); });
     withProperties("validation rule", QStringLiteral("validação"), validationRule());

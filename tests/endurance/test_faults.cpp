@@ -282,6 +282,7 @@ private Q_SLOTS:
     void cleanupTestCase()
     {
         qInfo("faults tried: %d, survived: %d", m_tried, m_survived);
+        QVERIFY2(m_tried > 0, "no fault was tried");
         QCOMPARE(m_survived, m_tried);
     }
 };

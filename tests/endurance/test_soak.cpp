@@ -240,8 +240,9 @@ private Q_SLOTS:
     void days()
     {
         FRESH_DATABASE(database);
-        const int asked = qEnvironmentVariableIntValue("PLANILHA_SOAK_DAYS");
-        const int days = asked > 0 ? asked : 12;
+        const int days =
+            qEnvironmentVariableIsSet("PLANILHA_SOAK_DAYS") ? qEnvironmentVariableIntValue("PLANILHA_SOAK_DAYS") : 12;
+        QVERIFY2(days > 0, "PLANILHA_SOAK_DAYS is not a number of days");
         m_books = {};
         makeStation(database);
         const QTemporaryDir folder;

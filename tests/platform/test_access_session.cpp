@@ -230,9 +230,10 @@ private Q_SLOTS:
     /// The station's file of another writer, asked by clauses and by hand from what the other reader exports.
     void agreesWithTheExport()
     {
-        const QString shared = qEnvironmentVariable("PLANILHA_SHARED_DIR") + u"/access/estacao_antiga.mdb"_s;
+        const QString beside = qEnvironmentVariable("PLANILHA_SOURCE_DIR") + u"/../shared/access"_s;
+        const QString shared = qEnvironmentVariable("PLANILHA_REAL_FILES", beside) + u"/estacao_antiga.mdb"_s;
         if (!QFile::exists(shared))
-            QSKIP("PLANILHA_SHARED_DIR names no folder with real files");
+            QSKIP("PLANILHA_REAL_FILES names no folder with real files");
         const QString file = m_folder->filePath(u"estacao.mdb"_s);
         QVERIFY(QFile::copy(shared, file));
         QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);

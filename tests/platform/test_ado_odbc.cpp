@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -56,6 +57,16 @@ private Q_SLOTS:
         QFile systems(u"/etc/odbcinst.ini"_s);
         QVERIFY(systems.open(QIODevice::ReadOnly));
         QVERIFY(content.startsWith(systems.readAll()));
+        // A registration may hold passwords, as may the statements of a trace.
+        const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther | QFile::ExeOther;
+        QVERIFY(!(ours.permissions() & others));
+        QVERIFY(!(QFile::permissions(qEnvironmentVariable("ODBCSYSINI")) & others));
+        const QTemporaryDir folder;
+        const QString trace = folder.filePath(u"trace.txt"_s);
+        qputenv("PLANILHA_SQL_TRACE", QFile::encodeName(trace));
+        database.connection().Execute(u"select 1"_s);
+        qunsetenv("PLANILHA_SQL_TRACE");
+        QVERIFY(QFile::exists(trace) && !(QFile::permissions(trace) & others));
     }
 
     void readsTypesOfMySql()

@@ -16,23 +16,33 @@
 #include <QApplication>
 #include <QCalendarWidget>
 #include <QClipboard>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDir>
+#include <QFileDialog>
 #include <QHelpEvent>
 #include <QLabel>
+#include <QLibraryInfo>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QPushButton>
+#include <QScopedValueRollback>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextDocument>
 #include <QTimer>
 #include <QToolTip>
+#include <QTranslator>
 #include <QWheelEvent>
 
 #include <clocale>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -80,6 +90,38 @@ platform::Messages& messageBoxes()
     return boxes;
 }
 
+/// Is asked for every text of the toolkit and notes those that stay as they are. "PDF" is in the catalogue with itself.
+class MissingTexts : public QTranslator
+{
+public:
+    MissingTexts()
+    {
+        if (!m_catalogue.load(QStringLiteral("qtbase_pt_BR"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+            qFatal("no catalogue");
+        QCoreApplication::installTranslator(this);
+    }
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char* comment, int n) const override
+    {
+        if (m_isAsking)
+            return {};
+        ++m_asked;
+        const QScopedValueRollback asking(m_isAsking, true);
+        if (QCoreApplication::translate(context, text, comment, n) == QString::fromUtf8(text) &&
+            m_catalogue.translate(context, text, comment, n).isEmpty())
+            m_missing.insert(QString::fromUtf8(context) + QLatin1Char(':') + QString::fromUtf8(text));
+        return {};
+    }
+    int asked() const { return m_asked; }
+    QStringList missing() const { return m_missing.values(); }
+
+private:
+    QTranslator m_catalogue;
+    mutable bool m_isAsking = false;
+    mutable int m_asked = 0;
+    mutable QSet<QString> m_missing;
+};
+
 const QDate StartDate(2026, 2, 15);
 
 } // namespace
@@ -99,6 +141,29 @@ private Q_SLOTS:
         QMessageBox box;
         QCOMPARE(box.addButton(QMessageBox::Yes)->text(), QStringLiteral("&Sim"));
         QCOMPARE(box.addButton(QMessageBox::Cancel)->text(), QStringLiteral("Cancelar"));
+    }
+
+    void everyTextOfTheToolkitIsPortuguese()
+    {
+        const MissingTexts texts;
+        QPrinter printer;
+        QPrintDialog print(&printer);
+        print.show();
+        QFileDialog file(nullptr, {}, QDir::tempPath());
+        file.setOption(QFileDialog::DontUseNativeDialog);
+        file.setAcceptMode(QFileDialog::AcceptSave);
+        file.show();
+        QLineEdit line;
+        const std::unique_ptr<QMenu> menu(line.createStandardContextMenu());
+        QMessageBox box(QMessageBox::Warning, {}, {}, QMessageBox::StandardButtons(0x0FFFFC00));
+        QColorDialog color;
+        color.setOption(QColorDialog::DontUseNativeDialog);
+        QCoreApplication::processEvents();
+        QVERIFY2(texts.asked() > 100, qPrintable(QString::number(texts.asked())));
+        QCOMPARE(texts.missing().join(u'\n'), QString());
+        QCOMPARE(QCoreApplication::translate("QPrintDialog",
+                                             "File %1 is not writable.\nPlease choose a different file name."),
+                 QStringLiteral("O arquivo %1 não é gravável.\nEscolha um nome diferente."));
     }
 
     void messageBox_data()
@@ -354,7 +419,7 @@ private Q_SLOTS:
         auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         QVERIFY(menu);
         for (QAction* const action : menu->actions()) {
-            if (action->text().startsWith(QStringLiteral("Co&lar")))
+            if (action->text().remove(QLatin1Char('&')).startsWith(QStringLiteral("Colar")))
                 action->trigger();
         }
         menu->close();

@@ -2,10 +2,9 @@
 
 #include "accessfile/Storage.h"
 #include "support/MariaDbServer.h"
+#include "support/OutsideProgram.h"
 
-#include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTest>
 
 #include <algorithm>
@@ -106,15 +105,14 @@ QStringList BothBackEnds::rows(const QString& name, const QString& columns) cons
 
 QList<QStringList> readAccessTable(const QString& file, const QString& name, const QStringList& columns)
 {
-    QProcess process;
-    process.start(QStringLiteral("mdb-export"),
-                  {QStringLiteral("-d"), QStringLiteral("\t"), QStringLiteral("-0"), QStringLiteral("NULL"),
-                   QStringLiteral("-D"), QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"),
-                   QStringLiteral("%Y-%m-%d %H:%M:%S"), file, name});
-    if (!process.waitForFinished() || process.exitCode() != 0) {
-        throw std::runtime_error("mdb-export: " + process.readAllStandardError().toStdString());
+    const Outcome outcome = runOutside(
+        QStringLiteral("mdb-export"),
+        {QStringLiteral("-d"), QStringLiteral("\t"), QStringLiteral("-0"), QStringLiteral("NULL"), QStringLiteral("-D"),
+         QStringLiteral("%Y-%m-%d %H:%M:%S"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d %H:%M:%S"), file, name});
+    if (!outcome.succeeded()) {
+        throw std::runtime_error("mdb-export: " + outcome.errors.toStdString());
     }
-    const QList<QStringList> all = parseCells(QString::fromUtf8(process.readAllStandardOutput()));
+    const QList<QStringList> all = parseCells(QString::fromUtf8(outcome.output));
     QList<QStringList> rows;
     for (qsizetype i = 1; i < all.size(); ++i) {
         QStringList row;

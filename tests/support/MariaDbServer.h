@@ -1,11 +1,14 @@
 #pragma once
 
+#include "support/OutsideProgram.h"
+
 #include <QList>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <memory>
+#include <optional>
 
 namespace support {
 
@@ -27,8 +30,9 @@ public:
     MariaDbServer& operator=(const MariaDbServer&) = delete;
 
     [[nodiscard]] const QString& host() const { return m_host; }
-    [[nodiscard]] static QString user() { return QStringLiteral("posto"); }
-    [[nodiscard]] static QString password() { return QStringLiteral("b0mbas"); }
+    /// Made by chance for each process: the address is open to every user of the machine.
+    [[nodiscard]] static QString user();
+    [[nodiscard]] static QString password();
     /// The program's own connection string for a database of this server.
     [[nodiscard]] QString connectionString(const QString& database) const;
 
@@ -50,9 +54,10 @@ public:
     [[nodiscard]] QStringList statementLog() const;
 
 private:
+    std::optional<QTemporaryDir> m_place; ///< Nobody else enters it.
     QString m_folder;
     QString m_host;
-    QProcess m_process;
+    OutsideServer m_process;
     int m_databases = 0;
 };
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "support/OutsideProgram.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QRectF>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -20,16 +20,15 @@ struct PdfWord
 
 inline bool hasPdfTools()
 {
-    return !QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty();
+    return !outsideProgram(QStringLiteral("pdftotext")).isEmpty();
 }
 
 inline QString runPdfTool(const QString& tool, const QStringList& arguments)
 {
-    QProcess process;
-    process.start(tool, arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
+    const Outcome outcome = runOutside(tool, arguments);
+    if (!outcome.succeeded())
         qFatal("%s failed", qPrintable(tool));
-    return QString::fromUtf8(process.readAllStandardOutput());
+    return QString::fromUtf8(outcome.output);
 }
 
 /// Words with their places, in the order of the pages.

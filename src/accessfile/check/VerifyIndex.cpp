@@ -76,8 +76,8 @@ void IndexVerifier::checkSpace(PageNumber number, const IndexPage& page)
 {
     const PageBytes& stored = *m_space.pager.page(number);
     // A node whose last child has an entry was read without that entry.
-    const bool complete = page.leaf || load32(stored.data() + 20) != 0;
-    const std::size_t prefix = load16(stored.data() + 24);
+    const bool complete = page.leaf || load32(stored.data() + indexpage::tailAt) != 0;
+    const std::size_t prefix = load16(stored.data() + indexpage::prefixAt);
     std::size_t used = 0;
     for (std::size_t i = 0; i < page.entries.size(); ++i)
         used += page.entries[i].size() - (i == 0 ? 0 : prefix);

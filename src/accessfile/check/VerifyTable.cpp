@@ -72,7 +72,7 @@ void TableVerifier::checkDefinition()
 {
     for (const PageNumber page : m_definition.pages)
         m_record.claim(page, m_name + ", definição");
-    std::size_t length = load32(m_space.pager.page(m_table.page())->data() + 8) + definitionReserve;
+    std::size_t length = load32(m_space.pager.page(m_table.page())->data() + definition::lengthAt) + definitionReserve;
     for (std::size_t i = 0; i < m_definition.pages.size(); ++i) {
         const std::size_t room = pageSize - (i == 0 ? 0 : chainHeader);
         const std::size_t used = std::min(room, length);
@@ -80,7 +80,7 @@ void TableVerifier::checkDefinition()
         if (load16(m_space.pager.page(m_definition.pages[i])->data() + freeAt) != room - used)
             m_record.fault(m_name + ": o espaço livre da definição não confere.");
     }
-    if (m_definition.compose().size() != load32(m_space.pager.page(m_table.page())->data() + 8))
+    if (m_definition.compose().size() != load32(m_space.pager.page(m_table.page())->data() + definition::lengthAt))
         m_record.fault(m_name + ": a definição tem partes que não são dela.");
     if (m_definition.logical.size() > mostLogicalIndexes)
         m_record.fault(m_name + ": há índices demais.");
@@ -123,7 +123,7 @@ void TableVerifier::checkRows()
         m_record.attempt(m_name + ", página " + std::to_string(page), [&] { checkDataPage(page); });
     if (m_stubTargets != m_targets)
         m_record.fault(m_name + ": registros deslocados e os avisos deles não se correspondem.");
-    if (load32(m_space.pager.page(m_table.page())->data() + TableDefinition::rowCountAt) != m_rows)
+    if (load32(m_space.pager.page(m_table.page())->data() + definition::rowCountAt) != m_rows)
         m_record.fault(m_name + ": a contagem de registros não confere.");
 }
 
@@ -225,7 +225,7 @@ void TableVerifier::checkLongValue(std::size_t column, ByteView descriptor, RowI
         const PagePointer page = m_space.pager.page(place.page);
         return std::pair(page, datapage::row(*page, place.slot));
     };
-    RowId place = loadRowId(descriptor.data() + 4);
+    RowId place = loadRowId(descriptor.data() + longvalue::rowAt);
     if ((word & rowKind) != 0) {
         if (take(place).second.size() != length)
             m_record.fault(at(row) + ": um texto longo tem outro tamanho.");
@@ -233,7 +233,7 @@ void TableVerifier::checkLongValue(std::size_t column, ByteView descriptor, RowI
     }
     for (bool first = true; place.page != 0; first = false) {
         const auto [page, bytes] = take(place);
-        if (load32(page->data() + stampAt) != (first ? load32(descriptor.data() + stampAt) : 0))
+        if (load32(page->data() + datapage::stampAt) != (first ? load32(descriptor.data() + stampAt) : 0))
             m_record.fault(at(row) + ": o selo de um texto longo não confere.");
         if (bytes.size() <= 4 || bytes.size() - 4 > length)
             throwDamaged("texto longo de outro tamanho");
@@ -268,8 +268,8 @@ void TableVerifier::checkLongPages()
 void TableVerifier::checkNumbers() const
 {
     const PagePointer head = m_space.pager.page(m_table.page());
-    const auto last = static_cast<std::int32_t>(load32(head->data() + TableDefinition::lastNumberAt));
-    const auto increment = static_cast<std::int32_t>(load32(head->data() + TableDefinition::incrementAt));
+    const auto last = static_cast<std::int32_t>(load32(head->data() + definition::lastNumberAt));
+    const auto increment = static_cast<std::int32_t>(load32(head->data() + definition::incrementAt));
     if (increment > 0 && m_highestNumber > last)
         m_record.fault(m_name + ": o último número automático é " + std::to_string(last) + ", e há " +
                        std::to_string(m_highestNumber) + ".");

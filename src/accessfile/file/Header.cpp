@@ -10,12 +10,47 @@
 namespace accessfile {
 
 namespace {
+// Layout of page 0; from 0x18 on, 128 bytes are masked:
+//
+//   offset size
+//     0x00    4  00 01 00 00
+//     0x04   16  name of the format
+//     0x14    4  generation: 1 for the one served here
+//     0x18    4  pointer to the map of free pages: row 0 of page 1
+//     0x1C    4  pointer to the map of released pages: row 1 of page 1
+//     0x20  4*4  definition pages of the catalog's tables: 2 to 5
+//     0x3C    2  code page
+//     0x3E    4  key of the page encoding, 0 for none
+//     0x42   40  database password, UTF-16, masked again by the stamp
+//     0x6A    4  build of the engine that made the file
+//     0x6E    4  order of texts: language, 0, version
+//     0x72    8  creation stamp, a date
+//     0x98    8  version
+//    0xE00  512  256 commit slots, one for each user; 00 01 is idle
+constexpr std::size_t nameAt = 0x04;
+constexpr std::size_t nameLength = 15;
+constexpr std::size_t generationAt = 0x14;
 constexpr std::size_t maskStart = 0x18;
 constexpr std::size_t maskLength = 128;
+constexpr std::size_t freeMapAt = 0x18;
+constexpr std::size_t releasedMapAt = 0x1C;
+constexpr std::size_t catalogAt = 0x20;
+constexpr std::size_t codePageAt = 0x3C;
+constexpr std::size_t pageKeyAt = 0x3E;
 constexpr std::size_t passwordStart = 0x42;
 constexpr std::size_t passwordLength = 40;
-constexpr std::size_t stampStart = 0x72;
+constexpr std::size_t buildAt = 0x6A;
 constexpr std::size_t orderStart = 0x6E;
+constexpr std::size_t orderVersionAt = 0x71;
+constexpr std::size_t stampStart = 0x72;
+constexpr std::size_t versionAt = 0x98;
+constexpr std::size_t commitSlotsAt = 0xE00;
+constexpr std::size_t commitSlots = 256;
+constexpr std::uint32_t fileMark = 0x00000100;
+constexpr std::uint16_t westernCodePage = 1252;
+constexpr std::uint32_t usualBuild = 9756;
+constexpr std::uint16_t generalLanguage = 0x0409;
+constexpr std::uint32_t maskKey = 0x6B39DAC7;
 constexpr std::string_view formatName = "Standard Jet DB";
 } // namespace
 
@@ -42,15 +77,15 @@ void applyRc4(std::uint32_t key, std::span<std::uint8_t> bytes)
 
 void applyHeaderMask(PageBytes& page)
 {
-    applyRc4(0x6B39DAC7, std::span(page).subspan(maskStart, maskLength));
+    applyRc4(maskKey, std::span(page).subspan(maskStart, maskLength));
 }
 
 Header::Header(const PageBytes& page)
     : m_plain(page)
 {
-    const std::string_view name(reinterpret_cast<const char*>(page.data() + 4), 15);
-    const std::uint32_t generation = load32(page.data() + 0x14);
-    if (load32(page.data()) != 0x00000100 || (name != formatName && name != "Standard ACE DB"))
+    const std::string_view name(reinterpret_cast<const char*>(page.data() + nameAt), nameLength);
+    const std::uint32_t generation = load32(page.data() + generationAt);
+    if (load32(page.data()) != fileMark || (name != formatName && name != "Standard ACE DB"))
         throw Error(ErrorKind::NotADatabase, "O arquivo não é um banco de dados do Access.");
     if (name != formatName || generation > 1)
         throw Error(ErrorKind::NotADatabase,
@@ -96,9 +131,14 @@ void Header::setPassword(ByteView password)
     }
 }
 
+std::uint32_t Header::pageKey() const
+{
+    return load32(m_plain.data() + pageKeyAt);
+}
+
 bool Header::generalOrder() const
 {
-    return load16(m_plain.data() + orderStart) == 0x0409 && m_plain[orderStart + 3] == 0;
+    return load16(m_plain.data() + orderStart) == generalLanguage && m_plain[orderVersionAt] == 0;
 }
 
 std::uint32_t Header::accountKey() const
@@ -125,22 +165,22 @@ Header Header::makeNew(double creationStamp)
 {
     Header header;
     PageBytes& page = header.m_plain;
-    store32(page.data(), 0x00000100);
-    std::copy(formatName.begin(), formatName.end(), page.begin() + 4);
-    store32(page.data() + 0x14, 1);
-    store32(page.data() + 0x18, 0x00000100);
-    store32(page.data() + 0x1C, 0x00000101);
+    store32(page.data(), fileMark);
+    std::copy(formatName.begin(), formatName.end(), page.begin() + nameAt);
+    store32(page.data() + generationAt, 1);
+    store32(page.data() + freeMapAt, 0x00000100);
+    store32(page.data() + releasedMapAt, 0x00000101);
     for (std::uint32_t i = 0; i < 4; ++i)
-        store32(page.data() + 0x20 + 4 * i, 2 + i);
-    store16(page.data() + 0x3C, 1252);
-    store32(page.data() + 0x6A, 9756);
-    store32(page.data() + orderStart, 0x00000409);
+        store32(page.data() + catalogAt + 4 * i, 2 + i);
+    store16(page.data() + codePageAt, westernCodePage);
+    store32(page.data() + buildAt, usualBuild);
+    store32(page.data() + orderStart, std::uint32_t{generalLanguage});
     storeDouble(page.data() + stampStart, creationStamp);
     constexpr std::array<std::uint8_t, 8> version = {0x54, 0x06, 0, 0, 0x34, 0x2E, 0x30, 0};
-    std::copy(version.begin(), version.end(), page.begin() + 0x98);
+    std::copy(version.begin(), version.end(), page.begin() + versionAt);
     // Idle commit slots; zeros would make Access demand a repair.
-    for (std::size_t i = 0; i < 256; ++i)
-        page[0xE00 + 2 * i + 1] = 1;
+    for (std::size_t i = 0; i < commitSlots; ++i)
+        page[commitSlotsAt + 2 * i + 1] = 1;
     header.setPassword({});
     return header;
 }

@@ -17,7 +17,7 @@ public:
     /// Reads page 0 as stored. Raises NotADatabase for anything but the Jet 4 generation, naming what it is.
     explicit Header(const PageBytes& page);
 
-    [[nodiscard]] std::uint32_t pageKey() const { return load32(m_plain.data() + 0x3E); }
+    [[nodiscard]] std::uint32_t pageKey() const;
     /// UTF-16; empty when there is none.
     [[nodiscard]] Bytes password() const;
     /// True for the order whose keys this engine can compute.

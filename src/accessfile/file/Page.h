@@ -22,6 +22,16 @@ using PageBytes = std::array<std::uint8_t, pageSize>;
 using PagePointer = std::shared_ptr<const PageBytes>;
 using ByteView = std::span<const std::uint8_t>;
 
+// Every page but page 0 begins alike:
+//
+//   offset size
+//        0    1  its type
+//        1    1  1
+//        2    2  free bytes, as its type counts them
+inline constexpr std::size_t pageMarkAt = 1;
+inline constexpr std::uint8_t pageMark = 1;
+inline constexpr std::size_t pageFreeAt = 2;
+
 /// First byte of a page.
 enum class PageType : std::uint8_t {
     None = 0x00,
@@ -37,6 +47,12 @@ enum class PageType : std::uint8_t {
 [[nodiscard]] inline bool isType(const PageBytes& page, PageType type)
 {
     return page[0] == static_cast<std::uint8_t>(type);
+}
+
+inline void setType(PageBytes& page, PageType type)
+{
+    page[0] = static_cast<std::uint8_t>(type);
+    page[pageMarkAt] = pageMark;
 }
 
 [[nodiscard]] inline std::uint16_t load16(const std::uint8_t* at)

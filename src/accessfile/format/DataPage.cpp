@@ -28,7 +28,7 @@ std::uint16_t flagsOf(SlotKind kind)
 
 std::uint16_t word(const PageBytes& page, std::size_t index)
 {
-    return load16(page.data() + headerLength + 2 * index);
+    return load16(page.data() + headerLength + slotLength * index);
 }
 
 std::size_t lowest(const PageBytes& page, std::size_t count)
@@ -38,7 +38,7 @@ std::size_t lowest(const PageBytes& page, std::size_t count)
 
 void storeFree(PageBytes& page)
 {
-    store16(page.data() + 2, freeBytes(page));
+    store16(page.data() + pageFreeAt, freeBytes(page));
 }
 
 } // namespace
@@ -46,16 +46,15 @@ void storeFree(PageBytes& page)
 void initialise(PageBytes& page, std::uint32_t owner)
 {
     page.fill(0);
-    page[0] = static_cast<std::uint8_t>(PageType::Data);
-    page[1] = 1;
-    store16(page.data() + 2, pageSize - headerLength);
-    store32(page.data() + 4, owner);
+    setType(page, PageType::Data);
+    store16(page.data() + pageFreeAt, pageSize - headerLength);
+    store32(page.data() + ownerAt, owner);
 }
 
 std::size_t slotCount(const PageBytes& page)
 {
-    const std::size_t count = load16(page.data() + 12);
-    if (headerLength + 2 * count > pageSize)
+    const std::size_t count = load16(page.data() + slotCountAt);
+    if (headerLength + slotLength * count > pageSize)
         throwDamaged("lista de registros de uma página");
     return count;
 }
@@ -69,7 +68,7 @@ Slot slot(const PageBytes& page, std::size_t index)
     const std::size_t end = index == 0 ? pageSize : word(page, index - 1) & offsetMask;
     Slot result;
     result.offset = stored & offsetMask;
-    if (end > pageSize || result.offset > end || result.offset < headerLength + 2 * count)
+    if (end > pageSize || result.offset > end || result.offset < headerLength + slotLength * count)
         throwDamaged("posição de um registro na página");
     result.length = end - result.offset;
     switch (stored & (stubFlag | targetFlag)) {
@@ -102,7 +101,7 @@ std::size_t freeBytes(const PageBytes& page)
 {
     const std::size_t count = slotCount(page);
     const std::size_t start = lowest(page, count);
-    const std::size_t used = headerLength + 2 * count;
+    const std::size_t used = headerLength + slotLength * count;
     return start > pageSize || start < used ? 0 : start - used;
 }
 
@@ -119,12 +118,12 @@ bool hasLiveRow(const PageBytes& page)
 std::optional<std::uint8_t> append(PageBytes& page, ByteView bytes, SlotKind kind)
 {
     const std::size_t count = slotCount(page);
-    if (count >= mostSlots || freeBytes(page) < bytes.size() + 2)
+    if (count >= mostSlots || freeBytes(page) < bytes.size() + slotLength)
         return std::nullopt;
     const std::size_t offset = lowest(page, count) - bytes.size();
     std::copy(bytes.begin(), bytes.end(), page.begin() + static_cast<std::ptrdiff_t>(offset));
-    store16(page.data() + headerLength + 2 * count, offset | flagsOf(kind));
-    store16(page.data() + 12, count + 1);
+    store16(page.data() + headerLength + slotLength * count, offset | flagsOf(kind));
+    store16(page.data() + slotCountAt, count + 1);
     storeFree(page);
     return static_cast<std::uint8_t>(count);
 }
@@ -137,7 +136,7 @@ bool replace(PageBytes& page, std::size_t index, ByteView bytes, SlotKind kind)
         return false;
     if (bytes.size() == old.length) {
         std::copy(bytes.begin(), bytes.end(), page.begin() + static_cast<std::ptrdiff_t>(old.offset));
-        store16(page.data() + headerLength + 2 * index, old.offset | flagsOf(kind));
+        store16(page.data() + headerLength + slotLength * index, old.offset | flagsOf(kind));
         return true;
     }
     // Every slot is read from a copy before any is written, so that a damaged one leaves the page as it was.
@@ -153,7 +152,7 @@ bool replace(PageBytes& page, std::size_t index, ByteView bytes, SlotKind kind)
             content = {};
         end -= content.size();
         std::copy(content.begin(), content.end(), page.begin() + static_cast<std::ptrdiff_t>(end));
-        store16(page.data() + headerLength + 2 * i, end | flagsOf(newKind));
+        store16(page.data() + headerLength + slotLength * i, end | flagsOf(newKind));
     }
     storeFree(page);
     return true;

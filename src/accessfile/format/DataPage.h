@@ -24,8 +24,22 @@ inline void storeRowId(std::uint8_t* at, RowId row)
 
 namespace accessfile::datapage {
 
+// Layout:
+//
+//   offset size
+//        0    4  as every page; free are the bytes between the directory and the lowest row
+//        4    4  owner: definition page of the table, "LVAL" for long values, 0 for usage maps, 1 on page 1
+//        8    4  on the first page of a chain of long-value rows the chain's stamp, else 0
+//       12    2  slots, deleted ones included
+//       14   2n  directory: offset of each row in the low 13 bits, over them its kind. Row i ends where row i-1 starts,
+//                the first one at the end of the page, so that offsets never rise
+inline constexpr std::size_t ownerAt = 4;
+inline constexpr std::size_t stampAt = 8;
+inline constexpr std::size_t slotCountAt = 12;
 inline constexpr std::size_t headerLength = 14;
+inline constexpr std::size_t slotLength = 2;
 inline constexpr std::size_t mostSlots = 255;
+inline constexpr std::size_t pointerLength = 4;             ///< Of a stub's row, and before each piece of a chain.
 inline constexpr std::uint32_t longValueOwner = 0x4C41564C; ///< "LVAL"
 
 enum class SlotKind { Live, Stub, Target, Deleted };
@@ -40,7 +54,7 @@ struct Slot
 void initialise(PageBytes& page, std::uint32_t owner);
 [[nodiscard]] inline std::uint32_t owner(const PageBytes& page)
 {
-    return load32(page.data() + 4);
+    return load32(page.data() + ownerAt);
 }
 /// Slots, deleted ones included. Raises Damaged for a directory that runs off the page.
 [[nodiscard]] std::size_t slotCount(const PageBytes& page);

@@ -7,9 +7,7 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t bitmapAt = 27;
-constexpr std::size_t bitmapLength = 453;
-constexpr std::size_t entriesAt = 480;
+using namespace indexpage;
 
 PageNumber childAt(const std::uint8_t* at)
 {
@@ -23,7 +21,7 @@ void storeEnds(PageBytes& page, std::span<const std::uint16_t> ends)
     std::fill_n(page.begin() + bitmapAt, bitmapLength, std::uint8_t{0});
     for (const std::uint16_t end : ends)
         page[bitmapAt + end / 8U] = static_cast<std::uint8_t>(page[bitmapAt + end / 8U] | 1U << (end % 8U));
-    store16(page.data() + 2, indexEntryArea - (ends.empty() ? 0U : ends.back()));
+    store16(page.data() + pageFreeAt, indexEntryArea - (ends.empty() ? 0U : ends.back()));
 }
 
 } // namespace
@@ -82,12 +80,12 @@ IndexPage IndexPage::read(const PageBytes& page)
     result.leaf = isType(page, PageType::IndexLeaf);
     if (!result.leaf && !isType(page, PageType::IndexNode))
         throwDamaged("página de índice");
-    result.owner = load32(page.data() + 4);
-    result.previous = load32(page.data() + 12);
-    result.next = load32(page.data() + 16);
-    result.tail = result.leaf ? 0 : load32(page.data() + 20);
-    result.level = page[26];
-    const std::size_t prefix = load16(page.data() + 24);
+    result.owner = load32(page.data() + ownerAt);
+    result.previous = load32(page.data() + previousAt);
+    result.next = load32(page.data() + nextAt);
+    result.tail = result.leaf ? 0 : load32(page.data() + tailAt);
+    result.level = page[levelAt];
+    const std::size_t prefix = load16(page.data() + prefixAt);
     const std::size_t least = result.leaf ? rowBytes + 1 : rowBytes + childBytes + 1;
     Bytes entry;
     std::size_t start = 0;
@@ -123,15 +121,14 @@ IndexPage IndexPage::read(const PageBytes& page)
 void IndexPage::write(PageBytes& page) const
 {
     page.fill(0);
-    page[0] = static_cast<std::uint8_t>(leaf ? PageType::IndexLeaf : PageType::IndexNode);
-    page[1] = 1;
-    store32(page.data() + 4, owner);
-    store32(page.data() + 12, previous);
-    store32(page.data() + 16, next);
-    store32(page.data() + 20, tail);
+    setType(page, leaf ? PageType::IndexLeaf : PageType::IndexNode);
+    store32(page.data() + ownerAt, owner);
+    store32(page.data() + previousAt, previous);
+    store32(page.data() + nextAt, next);
+    store32(page.data() + tailAt, tail);
     const std::size_t prefix = entries.prefixLength();
-    store16(page.data() + 24, prefix);
-    page[26] = leaf ? 0 : level;
+    store16(page.data() + prefixAt, prefix);
+    page[levelAt] = leaf ? 0 : level;
     std::size_t at = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const ByteView stored = i == 0 ? entries[i] : entries[i].subspan(prefix);
@@ -139,7 +136,7 @@ void IndexPage::write(PageBytes& page) const
         at += stored.size();
         page[bitmapAt + at / 8] = static_cast<std::uint8_t>(page[bitmapAt + at / 8] | 1U << (at % 8));
     }
-    store16(page.data() + 2, indexEntryArea - at);
+    store16(page.data() + pageFreeAt, indexEntryArea - at);
 }
 
 PageNumber IndexPage::child(std::size_t index) const
@@ -173,7 +170,7 @@ std::size_t IndexPage::lowerBound(ByteView entry) const
 IndexPageView::IndexPageView(const PageBytes& page)
     : m_page(&page)
     , m_leaf(isType(page, PageType::IndexLeaf))
-    , m_prefix(load16(page.data() + 24))
+    , m_prefix(load16(page.data() + prefixAt))
 {
     if (!m_leaf && !isType(page, PageType::IndexNode))
         throwDamaged("página de índice");
@@ -200,7 +197,7 @@ IndexPageView::IndexPageView(const PageBytes& page)
     m_bounds = m_ends.size();
     if (m_leaf)
         return;
-    m_tail = load32(page.data() + 20);
+    m_tail = load32(page.data() + tailAt);
     if (m_tail == 0) {
         if (m_ends.empty())
             throwDamaged("página de índice");

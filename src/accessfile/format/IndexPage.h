@@ -7,6 +7,33 @@
 
 namespace accessfile {
 
+// Layout of nodes and leaves:
+//
+//   offset size
+//        0    4  as every page; free is what the entries leave of their area
+//        4    4  owner: definition page of the table
+//       12    4  page before this one on the same level, 0 for none (nodes: under the same parent)
+//       16    4  page behind it
+//       20    4  of a node its last child, which has no entry
+//       24    2  bytes that all entries share; only the first entry holds them
+//       26    1  level: 0 for a leaf
+//       27  453  bit i is set where an entry ends at offset i of the area
+//      480 3616  the entries, one behind the other
+//
+// An entry of a leaf is a key, a page (3 bytes) and a slot; that of a node has its child's page (4 bytes) behind it.
+// These pages are big-endian, so that entries compare as plain bytes.
+namespace indexpage {
+inline constexpr std::size_t ownerAt = 4;
+inline constexpr std::size_t previousAt = 12;
+inline constexpr std::size_t nextAt = 16;
+inline constexpr std::size_t tailAt = 20;
+inline constexpr std::size_t prefixAt = 24;
+inline constexpr std::size_t levelAt = 26;
+inline constexpr std::size_t bitmapAt = 27;
+inline constexpr std::size_t bitmapLength = 453;
+inline constexpr std::size_t entriesAt = 480;
+} // namespace indexpage
+
 inline constexpr std::size_t indexEntryArea = 3616;
 inline constexpr std::size_t rowBytes = 4;
 inline constexpr std::size_t childBytes = 4;
@@ -34,7 +61,7 @@ private:
     std::vector<std::size_t> m_ends;
 };
 
-/// An entry of a leaf is a key and a row (four bytes, big-endian); that of a node has its child's page behind it.
+/// An index page taken apart.
 struct IndexPage
 {
     bool leaf = true;
@@ -66,8 +93,8 @@ public:
     explicit IndexPageView(const PageBytes& page);
 
     [[nodiscard]] bool isLeaf() const { return m_leaf; }
-    [[nodiscard]] std::uint32_t owner() const { return load32(m_page->data() + 4); }
-    [[nodiscard]] PageNumber next() const { return load32(m_page->data() + 16); }
+    [[nodiscard]] std::uint32_t owner() const { return load32(m_page->data() + indexpage::ownerAt); }
+    [[nodiscard]] PageNumber next() const { return load32(m_page->data() + indexpage::nextAt); }
     [[nodiscard]] std::size_t size() const { return m_ends.size(); }
     /// Puts the whole entry into `to`.
     void entry(std::size_t index, Bytes& to) const;

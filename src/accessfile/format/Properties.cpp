@@ -10,6 +10,29 @@ namespace accessfile {
 
 namespace {
 
+// Layout: "MR2" 00, then chunks. A chunk is
+//
+//   offset size
+//        0    4  its length, these bytes included
+//        4    2  kind: 80 names, 0 properties of the table, 1 those of a column
+//
+// Names are texts, each behind its length (2 bytes). Properties begin with the length of this head (4), the length of
+// the owner's name (2) and that name; each property is
+//
+//   offset size
+//        0    2  its length, these bytes included
+//        2    1  1
+//        3    1  type of the value
+//        4    2  number of its name
+//        6    2  length of the value
+//        8       the value
+constexpr std::size_t chunkKindAt = 4;
+constexpr std::size_t chunkHead = 6;
+constexpr std::size_t ownerNameAt = 6;
+constexpr std::size_t itemTypeAt = 3;
+constexpr std::size_t itemNameAt = 4;
+constexpr std::size_t itemLengthAt = 6;
+constexpr std::size_t itemHead = 8;
 constexpr std::array<std::uint8_t, 4> signature = {'M', 'R', '2', 0};
 constexpr std::uint16_t namesKind = 0x80;
 constexpr std::uint16_t objectKind = 0;
@@ -40,14 +63,14 @@ Properties::Properties(ByteView blob)
 
 void Properties::parse(ByteView blob)
 {
-    if (blob.size() < 4 || !std::equal(signature.begin(), signature.end(), blob.begin()))
+    if (blob.size() < signature.size() || !std::equal(signature.begin(), signature.end(), blob.begin()))
         throwDamaged("propriedades da tabela");
-    for (std::size_t at = 4; at + 6 <= blob.size();) {
+    for (std::size_t at = signature.size(); at + chunkHead <= blob.size();) {
         const std::size_t length = load32(blob.data() + at);
-        if (length < 6 || length > blob.size() - at)
+        if (length < chunkHead || length > blob.size() - at)
             throwDamaged("propriedades da tabela");
-        const ByteView body = blob.subspan(at + 6, length - 6);
-        m_chunks.push_back({load16(blob.data() + at + 4), {body.begin(), body.end()}});
+        const ByteView body = blob.subspan(at + chunkHead, length - chunkHead);
+        m_chunks.push_back({load16(blob.data() + at + chunkKindAt), {body.begin(), body.end()}});
         at += length;
     }
     for (const Chunk& chunk : m_chunks) {
@@ -70,23 +93,23 @@ void Properties::parse(ByteView blob)
 void Properties::parseOwner(const Chunk& chunk)
 {
     const ByteView body(chunk.body);
-    if (body.size() < 6)
+    if (body.size() < ownerNameAt)
         throwDamaged("propriedades da tabela");
     const std::size_t header = load32(body.data());
-    const std::size_t nameLength = load16(body.data() + 4);
-    if (header < 6 || header > body.size() || nameLength > header - 6)
+    const std::size_t nameLength = load16(body.data() + ownerNameAt - 2);
+    if (header < ownerNameAt || header > body.size() || nameLength > header - ownerNameAt)
         throwDamaged("propriedades da tabela");
     // The table's own name is not needed to find its properties.
-    const std::string owner = chunk.kind == objectKind ? std::string() : textOf(body.subspan(6, nameLength));
-    for (std::size_t at = header; at + 8 <= body.size();) {
+    const std::string owner = chunk.kind == objectKind ? std::string() : textOf(body.subspan(ownerNameAt, nameLength));
+    for (std::size_t at = header; at + itemHead <= body.size();) {
         const std::size_t length = load16(body.data() + at);
-        const std::size_t valueLength = load16(body.data() + at + 6);
-        const std::size_t name = load16(body.data() + at + 4);
-        if (length < 8 || length > body.size() - at || valueLength > length - 8)
+        const std::size_t valueLength = load16(body.data() + at + itemLengthAt);
+        const std::size_t name = load16(body.data() + at + itemNameAt);
+        if (length < itemHead || length > body.size() - at || valueLength > length - itemHead)
             throwDamaged("propriedades da tabela");
-        const ByteView value = body.subspan(at + 8, valueLength);
+        const ByteView value = body.subspan(at + itemHead, valueLength);
         if (name < m_names.size())
-            m_items.push_back({owner, m_names[name], body[at + 3], {value.begin(), value.end()}});
+            m_items.push_back({owner, m_names[name], body[at + itemTypeAt], {value.begin(), value.end()}});
         at += length;
     }
 }
@@ -153,11 +176,11 @@ void Properties::addColumn(const Column& column)
         return;
     Chunk chunk{columnKind, {}};
     const Bytes owner = toUtf16(column.name);
-    append32(chunk.body, static_cast<std::uint32_t>(6 + owner.size()));
+    append32(chunk.body, static_cast<std::uint32_t>(ownerNameAt + owner.size()));
     append16(chunk.body, owner.size());
     append(chunk.body, owner);
     for (Item& item : items) {
-        append16(chunk.body, 8 + item.value.size());
+        append16(chunk.body, itemHead + item.value.size());
         chunk.body.push_back(1);
         chunk.body.push_back(item.type);
         append16(chunk.body, nameIndex(item.name));
@@ -174,7 +197,7 @@ Bytes Properties::blob() const
         return {};
     Bytes blob(signature.begin(), signature.end());
     for (const Chunk& chunk : m_chunks) {
-        append32(blob, static_cast<std::uint32_t>(6 + chunk.body.size()));
+        append32(blob, static_cast<std::uint32_t>(chunkHead + chunk.body.size()));
         append16(blob, chunk.kind);
         append(blob, chunk.body);
     }

@@ -7,6 +7,17 @@
 
 namespace accessfile {
 
+// Layout of a row; offsets are counted from its first byte:
+//
+//   size
+//      2  columns that the row knows: those that the table had ever had when it was written
+//         fixed area: each fixed column at its offset
+//         variable data: slot 0, slot 1, ... back to back
+//      2  end of the data         the next three only where the table has had a variable column
+//     2n  offsets of the slots, the last one first
+//      2  slots n
+//         mask: bit i is set where the column of id i is not null; for Bool it is the value
+
 /// A stored row, taken apart without copying.
 class RowLayout
 {
@@ -25,7 +36,8 @@ public:
     [[nodiscard]] std::size_t fixedEnd() const;
 
 private:
-    [[nodiscard]] std::size_t offsetOf(std::size_t slot) const { return load16(m_row.data() + m_table - 2 * slot); }
+    [[nodiscard]] std::size_t offsetOf(std::size_t slot) const { return load16(m_row.data() + m_table - word * slot); }
+    static constexpr std::size_t word = 2; ///< Of counts and offsets.
     ByteView m_row;
     std::size_t m_columns = 0;
     std::size_t m_mask = 0;

@@ -10,13 +10,9 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::uint32_t definitionMark = 1625;
-constexpr std::uint32_t indexMark = 1923;
-constexpr std::size_t columnEntry = 25;
-constexpr std::size_t physicalEntry = 52;
-constexpr std::size_t logicalEntry = 28;
-constexpr std::size_t keySlots = 10;
-constexpr std::uint16_t unusedKey = 0xFFFF;
+constexpr std::size_t longestText = 510;
+constexpr std::size_t longestBigBinary = 4000;
+constexpr int mostDigits = 28;
 
 /// Takes the buffer apart from front to back.
 class Reader
@@ -39,7 +35,10 @@ public:
         appendUtf16(take(load16(take(2).data())), text);
         return text;
     }
-    [[nodiscard]] bool atEnd() const { return m_at + 2 > m_bytes.size() || load16(m_bytes.data() + m_at) == unusedKey; }
+    [[nodiscard]] bool atEnd() const
+    {
+        return m_at + 2 > m_bytes.size() || load16(m_bytes.data() + m_at) == definition::end;
+    }
 
 private:
     ByteView m_bytes;
@@ -55,48 +54,52 @@ void appendName(Bytes& to, const std::string& name)
 
 ColumnDefinition readColumn(ByteView entry)
 {
+    using namespace columnentry;
     ColumnDefinition column;
     column.entry.assign(entry.begin(), entry.end());
     column.type = static_cast<ColumnType>(entry[0]);
-    column.id = load16(entry.data() + 5);
-    column.slot = load16(entry.data() + 7);
-    column.precision = entry[11];
-    column.scale = entry[12];
-    column.fixed = (entry[15] & 0x01) != 0;
-    column.autonumber = (entry[15] & 0x04) != 0;
-    column.autoGuid = (entry[15] & 0x40) != 0;
-    column.compressible = (entry[16] & 0x01) != 0;
-    column.fixedOffset = load16(entry.data() + 21);
-    column.length = load16(entry.data() + 23);
-    column.generalOrder = load16(entry.data() + 11) == 0x0409 && entry[13] == 0 && entry[14] == 0;
+    column.id = load16(entry.data() + idAt);
+    column.slot = load16(entry.data() + slotAt);
+    column.precision = entry[precisionAt];
+    column.scale = entry[scaleAt];
+    column.fixed = (entry[flagsAt] & fixedFlag) != 0;
+    column.autonumber = (entry[flagsAt] & autonumberFlag) != 0;
+    column.autoGuid = (entry[flagsAt] & autoGuidFlag) != 0;
+    column.compressible = (entry[moreFlagsAt] & compressibleFlag) != 0;
+    column.fixedOffset = load16(entry.data() + fixedOffsetAt);
+    column.length = load16(entry.data() + lengthAt);
+    column.generalOrder =
+        load16(entry.data() + languageAt) == generalLanguage && load16(entry.data() + orderVersionAt) == 0;
     return column;
 }
 
 PhysicalIndex readPhysical(ByteView entry)
 {
+    using namespace physicalentry;
     PhysicalIndex index;
     index.entry.assign(entry.begin(), entry.end());
     for (std::size_t i = 0; i < keySlots; ++i) {
-        const std::uint8_t* at = entry.data() + 4 + 3 * i;
-        if (load16(at) != unusedKey)
-            index.columns.push_back({load16(at), at[2] != 0});
+        const std::uint8_t* at = entry.data() + keysAt + keyLength * i;
+        if (load16(at) != noColumn)
+            index.columns.push_back({load16(at), at[ascendingAt] != 0});
     }
-    index.ownedMap = loadRowId(entry.data() + 34);
-    index.root = load32(entry.data() + 38);
-    index.unique = (entry[46] & 0x01) != 0;
-    index.skipNulls = (entry[46] & 0x02) != 0;
-    index.required = (entry[46] & 0x08) != 0;
+    index.ownedMap = loadRowId(entry.data() + ownedMapAt);
+    index.root = load32(entry.data() + rootAt);
+    index.unique = (entry[flagsAt] & uniqueFlag) != 0;
+    index.skipNulls = (entry[flagsAt] & skipNullsFlag) != 0;
+    index.required = (entry[flagsAt] & requiredFlag) != 0;
     return index;
 }
 
 LogicalIndex readLogical(ByteView entry)
 {
+    using namespace logicalentry;
     LogicalIndex index;
     index.entry.assign(entry.begin(), entry.end());
-    index.number = load32(entry.data() + 4);
-    index.physical = load32(entry.data() + 8);
-    index.relation = entry[12];
-    index.kind = entry[23];
+    index.number = load32(entry.data() + numberAt);
+    index.physical = load32(entry.data() + physicalAt);
+    index.relation = entry[relationAt];
+    index.kind = entry[kindAt];
     return index;
 }
 
@@ -159,77 +162,78 @@ void checkName(std::string_view name)
 
 TableDefinition TableDefinition::parse(ByteView buffer)
 {
-    TableDefinition definition;
+    using namespace definition;
+    TableDefinition parsed;
     Reader reader(buffer);
-    const ByteView head = reader.take(definition.fixed.size());
-    std::copy(head.begin(), head.end(), definition.fixed.begin());
-    const std::size_t columnCount = load16(head.data() + 45);
-    const std::size_t logicalCount = load32(head.data() + 47);
-    const std::size_t physicalCount = load32(head.data() + 51);
-    if (columnCount > mostColumns || definition.maxColumns() > mostColumns + 1 || logicalCount > mostColumns ||
-        physicalCount > mostColumns || definition.variableSlots() > mostColumns + 1)
+    const ByteView head = reader.take(parsed.fixed.size());
+    std::copy(head.begin(), head.end(), parsed.fixed.begin());
+    const std::size_t columnCount = load16(head.data() + columnCountAt);
+    const std::size_t logicalCount = load32(head.data() + logicalCountAt);
+    const std::size_t physicalCount = load32(head.data() + physicalCountAt);
+    if (columnCount > mostColumns || parsed.maxColumns() > mostColumns + 1 || logicalCount > mostColumns ||
+        physicalCount > mostColumns || parsed.variableSlots() > mostColumns + 1)
         throwDamaged("contagens da definição de tabela");
-    const ByteView counts = reader.take(12 * physicalCount);
-    definition.counters.assign(counts.begin(), counts.end());
+    const ByteView counts = reader.take(counterLength * physicalCount);
+    parsed.counters.assign(counts.begin(), counts.end());
     for (std::size_t i = 0; i < columnCount; ++i)
-        definition.columns.push_back(readColumn(reader.take(columnEntry)));
-    for (ColumnDefinition& column : definition.columns)
+        parsed.columns.push_back(readColumn(reader.take(columnentry::length)));
+    for (ColumnDefinition& column : parsed.columns)
         column.name = reader.name();
     for (std::size_t i = 0; i < physicalCount; ++i)
-        definition.physical.push_back(readPhysical(reader.take(physicalEntry)));
+        parsed.physical.push_back(readPhysical(reader.take(physicalentry::length)));
     for (std::size_t i = 0; i < logicalCount; ++i)
-        definition.logical.push_back(readLogical(reader.take(logicalEntry)));
-    for (LogicalIndex& index : definition.logical)
+        parsed.logical.push_back(readLogical(reader.take(logicalentry::length)));
+    for (LogicalIndex& index : parsed.logical)
         index.name = reader.name();
     while (!reader.atEnd()) {
-        const ByteView item = reader.take(10);
-        const int column = definition.columnById(load16(item.data()));
+        const ByteView item = reader.take(longmaps::length);
+        const int column = parsed.columnById(load16(item.data()));
         if (column >= 0) {
-            definition.columns[static_cast<std::size_t>(column)].ownedMap = loadRowId(item.data() + 2);
-            definition.columns[static_cast<std::size_t>(column)].freeMap = loadRowId(item.data() + 6);
+            parsed.columns[static_cast<std::size_t>(column)].ownedMap = loadRowId(item.data() + longmaps::ownedMapAt);
+            parsed.columns[static_cast<std::size_t>(column)].freeMap = loadRowId(item.data() + longmaps::freeMapAt);
         }
     }
     static_cast<void>(reader.take(2));
 
     std::array<bool, mostColumns + 1> seen{};
-    for (const ColumnDefinition& column : definition.columns) {
-        if (column.id >= definition.maxColumns() || column.id > mostColumns || seen[column.id])
+    for (const ColumnDefinition& column : parsed.columns) {
+        if (column.id >= parsed.maxColumns() || column.id > mostColumns || seen[column.id])
             throwDamaged("coluna '" + column.name + "'");
         seen[column.id] = true;
         if (column.fixed && column.type != ColumnType::Bool && column.fixedOffset + column.length > pageSize)
             throwDamaged("coluna '" + column.name + "'");
-        if (!column.fixed && column.type != ColumnType::Bool && column.slot >= definition.variableSlots())
+        if (!column.fixed && column.type != ColumnType::Bool && column.slot >= parsed.variableSlots())
             throwDamaged("coluna '" + column.name + "'");
     }
-    for (const LogicalIndex& index : definition.logical) {
-        if (index.physical >= definition.physical.size())
+    for (const LogicalIndex& index : parsed.logical) {
+        if (index.physical >= parsed.physical.size())
             throwDamaged("índice '" + index.name + "'");
     }
     // Columns are listed in any order; their ids say the order of declaration.
-    std::stable_sort(definition.columns.begin(), definition.columns.end(),
+    std::stable_sort(parsed.columns.begin(), parsed.columns.end(),
                      [](const ColumnDefinition& left, const ColumnDefinition& right) { return left.id < right.id; });
-    return definition;
+    return parsed;
 }
 
 TableDefinition TableDefinition::makeNew(bool system)
 {
-    TableDefinition definition;
-    store32(definition.fixed.data() + 12, definitionMark);
-    store32(definition.fixed.data() + incrementAt, 1);
-    definition.fixed[40] = system ? systemTable : userTable;
-    return definition;
+    TableDefinition made;
+    store32(made.fixed.data() + definition::markAt, definition::mark);
+    store32(made.fixed.data() + definition::incrementAt, 1);
+    made.fixed[definition::kindAt] = system ? definition::systemTable : definition::userTable;
+    return made;
 }
 
 void PhysicalIndex::storePlaces()
 {
-    storeRowId(entry.data() + 34, ownedMap);
-    store32(entry.data() + 38, root);
+    storeRowId(entry.data() + physicalentry::ownedMapAt, ownedMap);
+    store32(entry.data() + physicalentry::rootAt, root);
 }
 
 void TableDefinition::setMaps(RowId owned, RowId free)
 {
-    storeRowId(fixed.data() + 55, owned);
-    storeRowId(fixed.data() + 59, free);
+    storeRowId(fixed.data() + definition::ownedMapAt, owned);
+    storeRowId(fixed.data() + definition::freeMapAt, free);
 }
 
 int TableDefinition::columnById(std::uint16_t id) const
@@ -269,32 +273,34 @@ Bytes TableDefinition::compose() const
     for (const ColumnDefinition& column : columns) {
         if (!column.isLongValue() || column.ownedMap.page == 0)
             continue;
-        Bytes item(10);
+        Bytes item(longmaps::length);
         store16(item.data(), column.id);
-        storeRowId(item.data() + 2, column.ownedMap);
-        storeRowId(item.data() + 6, column.freeMap);
+        storeRowId(item.data() + longmaps::ownedMapAt, column.ownedMap);
+        storeRowId(item.data() + longmaps::freeMapAt, column.freeMap);
         append(buffer, item);
     }
-    append16(buffer, unusedKey);
-    store16(buffer.data() + 45, columns.size());
-    store32(buffer.data() + 47, static_cast<std::uint32_t>(logical.size()));
-    store32(buffer.data() + 51, static_cast<std::uint32_t>(physical.size()));
-    store32(buffer.data() + 8, static_cast<std::uint32_t>(buffer.size()));
+    append16(buffer, definition::end);
+    store16(buffer.data() + definition::columnCountAt, columns.size());
+    store32(buffer.data() + definition::logicalCountAt, static_cast<std::uint32_t>(logical.size()));
+    store32(buffer.data() + definition::physicalCountAt, static_cast<std::uint32_t>(physical.size()));
+    store32(buffer.data() + definition::lengthAt, static_cast<std::uint32_t>(buffer.size()));
     return buffer;
 }
 
 void TableDefinition::addColumn(const Column& column, RowId longOwned, RowId longFree, std::size_t leastFixedOffset)
 {
+    using namespace columnentry;
     checkName(column.name);
     const std::size_t id = maxColumns();
     if (id >= mostColumns)
         throw Error(ErrorKind::TooLong, "A tabela chegou ao máximo de 255 colunas.");
     const std::size_t length = storedLength(column);
     const bool sized = column.type == ColumnType::Text || column.type == ColumnType::Binary;
-    if ((sized && (length == 0 || length > 510)) || (column.type == ColumnType::BigBinary && length > 4000))
+    if ((sized && (length == 0 || length > longestText)) ||
+        (column.type == ColumnType::BigBinary && length > longestBigBinary))
         throw Error(ErrorKind::TooLong, "O tamanho da coluna '" + column.name + "' não é válido.");
     if (column.type == ColumnType::Numeric &&
-        (column.precision < 1 || column.precision > 28 || column.scale > column.precision))
+        (column.precision < 1 || column.precision > mostDigits || column.scale > column.precision))
         throw Error(ErrorKind::TooLong, "A precisão da coluna '" + column.name + "' não é válida.");
     if (column.autonumber && column.type != ColumnType::Long && column.type != ColumnType::Guid)
         throw Error(ErrorKind::TypeMismatch, "A coluna '" + column.name + "' não pode ser numerada automaticamente.");
@@ -303,40 +309,42 @@ void TableDefinition::addColumn(const Column& column, RowId longOwned, RowId lon
     added.name = column.name;
     added.type = column.type;
     added.fixed = storedFixed(column.type);
-    Bytes entry(columnEntry, 0);
+    Bytes entry(columnentry::length, 0);
     entry[0] = static_cast<std::uint8_t>(column.type);
-    store32(entry.data() + 1, definitionMark);
-    store16(entry.data() + 5, id);
-    store16(entry.data() + 7, variableSlots());
-    store16(entry.data() + 9, id);
+    store32(entry.data() + columnentry::markAt, definition::mark);
+    store16(entry.data() + idAt, id);
+    store16(entry.data() + slotAt, variableSlots());
+    store16(entry.data() + secondIdAt, id);
     if (column.type == ColumnType::Numeric) {
-        entry[11] = column.precision;
-        entry[12] = column.scale;
+        entry[precisionAt] = column.precision;
+        entry[scaleAt] = column.scale;
     } else {
-        store16(entry.data() + 11, 0x0409);
+        store16(entry.data() + languageAt, generalLanguage);
     }
-    unsigned flags = added.fixed ? 0x03U : 0x02U;
+    unsigned flags = usualFlag;
+    if (added.fixed)
+        flags |= fixedFlag;
     if (column.autonumber)
-        flags |= column.type == ColumnType::Guid ? 0x40U : 0x04U;
-    entry[15] = static_cast<std::uint8_t>(flags);
-    entry[16] = added.isText() ? 1 : 0;
+        flags |= column.type == ColumnType::Guid ? autoGuidFlag : autonumberFlag;
+    entry[flagsAt] = static_cast<std::uint8_t>(flags);
+    entry[moreFlagsAt] = added.isText() ? compressibleFlag : 0;
     if (added.fixed && column.type != ColumnType::Bool) {
         std::size_t offset = leastFixedOffset;
         for (const ColumnDefinition& each : columns) {
             if (each.fixed && each.type != ColumnType::Bool)
                 offset = std::max<std::size_t>(offset, std::size_t{each.fixedOffset} + each.length);
         }
-        store16(entry.data() + 21, offset);
+        store16(entry.data() + fixedOffsetAt, offset);
     }
-    store16(entry.data() + 23, length);
+    store16(entry.data() + columnentry::lengthAt, length);
     ColumnDefinition parsed = readColumn(entry);
     parsed.name = column.name;
     parsed.ownedMap = longOwned;
     parsed.freeMap = longFree;
     columns.push_back(std::move(parsed));
-    store16(fixed.data() + 41, id + 1);
+    store16(fixed.data() + definition::maxColumnsAt, id + 1);
     if (!added.fixed)
-        store16(fixed.data() + 43, variableSlots() + 1);
+        store16(fixed.data() + definition::variableSlotsAt, variableSlots() + 1);
     const std::size_t declared =
         2 + fixedArea() + (variableSlots() == 0 ? 0 : 2 * (variableSlots() + 1) + 2) + (maxColumns() + 7) / 8;
     if (declared > longestRow)
@@ -351,7 +359,7 @@ void TableDefinition::orderSlots()
             if (column.fixed || column.isLongValue() != longValues)
                 continue;
             column.slot = slot++;
-            store16(column.entry.data() + 7, column.slot);
+            store16(column.entry.data() + columnentry::slotAt, column.slot);
         }
     }
 }
@@ -359,37 +367,42 @@ void TableDefinition::orderSlots()
 void TableDefinition::addIndex(const Index& index, const std::vector<KeyColumn>& keyColumns, RowId map, PageNumber root)
 {
     checkName(index.name);
-    if (keyColumns.empty() || keyColumns.size() > keySlots)
+    if (keyColumns.empty() || keyColumns.size() > physicalentry::keySlots)
         throw Error(ErrorKind::Syntax, "Um índice tem de 1 a 10 colunas.");
     if (logical.size() >= mostLogicalIndexes)
         throw Error(ErrorKind::TooLong, "A tabela chegou ao máximo de 32 índices.");
-    Bytes entry(physicalEntry, 0);
-    store32(entry.data(), indexMark);
-    for (std::size_t i = 0; i < keySlots; ++i) {
-        std::uint8_t* at = entry.data() + 4 + 3 * i;
-        store16(at, i < keyColumns.size() ? keyColumns[i].id : unusedKey);
-        at[2] = i < keyColumns.size() && keyColumns[i].ascending ? 1 : 0;
+    Bytes entry(physicalentry::length, 0);
+    store32(entry.data(), physicalentry::mark);
+    for (std::size_t i = 0; i < physicalentry::keySlots; ++i) {
+        std::uint8_t* at = entry.data() + physicalentry::keysAt + physicalentry::keyLength * i;
+        store16(at, i < keyColumns.size() ? keyColumns[i].id : physicalentry::noColumn);
+        at[physicalentry::ascendingAt] = i < keyColumns.size() && keyColumns[i].ascending ? 1 : 0;
     }
-    storeRowId(entry.data() + 34, map);
-    store32(entry.data() + 38, root);
-    entry[46] =
-        static_cast<std::uint8_t>(0x80 | (index.unique || index.primary ? 0x01 : 0) | (index.ignoreNulls ? 0x02 : 0) |
-                                  (index.required || index.primary ? 0x08 : 0));
-    Bytes block(logicalEntry, 0);
+    storeRowId(entry.data() + physicalentry::ownedMapAt, map);
+    store32(entry.data() + physicalentry::rootAt, root);
+    unsigned flags = physicalentry::usualFlag;
+    if (index.unique || index.primary)
+        flags |= physicalentry::uniqueFlag;
+    if (index.ignoreNulls)
+        flags |= physicalentry::skipNullsFlag;
+    if (index.required || index.primary)
+        flags |= physicalentry::requiredFlag;
+    entry[physicalentry::flagsAt] = static_cast<std::uint8_t>(flags);
+    Bytes block(logicalentry::length, 0);
     std::uint32_t number = 0;
     for (const LogicalIndex& each : logical)
         number = std::max(number, each.number + 1);
-    store32(block.data(), definitionMark);
-    store32(block.data() + 4, number);
-    store32(block.data() + 8, static_cast<std::uint32_t>(physical.size()));
-    store32(block.data() + 13, 0xFFFFFFFF);
-    block[21] = 4;
-    block[22] = 4;
-    block[23] = index.primary ? 1 : 0;
+    store32(block.data(), definition::mark);
+    store32(block.data() + logicalentry::numberAt, number);
+    store32(block.data() + logicalentry::physicalAt, static_cast<std::uint32_t>(physical.size()));
+    store32(block.data() + logicalentry::relatedIndexAt, logicalentry::noIndex);
+    block[logicalentry::cascadeUpdatesAt] = logicalentry::noCascade;
+    block[logicalentry::cascadeDeletionsAt] = logicalentry::noCascade;
+    block[logicalentry::kindAt] = index.primary ? 1 : 0;
     LogicalIndex added = readLogical(block);
     added.name = index.name;
     physical.push_back(readPhysical(entry));
-    counters.resize(counters.size() + 12);
+    counters.resize(counters.size() + definition::counterLength);
     const auto place = std::find_if(logical.begin(), logical.end(), [&](const LogicalIndex& each) {
         return foldName(each.name) > foldName(index.name);
     });

@@ -1,19 +1,13 @@
 #include "accessfile/format/TextCodec.h"
 
 #include "accessfile/Error.h"
+#include "accessfile/format/Utf8.h"
 
 #include <algorithm>
 
 namespace accessfile {
 
 namespace {
-
-constexpr char32_t replacement = 0xFFFD;
-
-[[nodiscard]] bool isSurrogate(char32_t code)
-{
-    return code >= 0xD800 && code <= 0xDFFF;
-}
 
 /// Turns UTF-16 units into UTF-8, one unit at a time; the two modes of compressed text share it.
 class Utf16Reader
@@ -51,69 +45,6 @@ private:
 };
 
 } // namespace
-
-void appendCodePoint(char32_t code, std::string& out)
-{
-    const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
-    if (code < 0x80) {
-        put(code);
-    } else if (code < 0x800) {
-        put(0xC0 | code >> 6);
-        put(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        put(0xE0 | code >> 12);
-        put(0x80 | (code >> 6 & 0x3F));
-        put(0x80 | (code & 0x3F));
-    } else {
-        put(0xF0 | code >> 18);
-        put(0x80 | (code >> 12 & 0x3F));
-        put(0x80 | (code >> 6 & 0x3F));
-        put(0x80 | (code & 0x3F));
-    }
-}
-
-char32_t nextCodePoint(std::string_view utf8, std::size_t& at)
-{
-    const auto byte = [&](std::size_t i) { return static_cast<char32_t>(static_cast<unsigned char>(utf8[i])); };
-    const char32_t lead = byte(at);
-    const std::size_t left = utf8.size() - at;
-    std::size_t length = 1;
-    char32_t code = lead;
-    char32_t least = 0;
-    if (lead >= 0xF0 && lead < 0xF8) {
-        length = 4;
-        code = lead & 0x07;
-        least = 0x10000;
-    } else if (lead >= 0xE0 && lead < 0xF0) {
-        length = 3;
-        code = lead & 0x0F;
-        least = 0x800;
-    } else if (lead >= 0xC0 && lead < 0xE0) {
-        length = 2;
-        code = lead & 0x1F;
-        least = 0x80;
-    } else if (lead >= 0x80) {
-        ++at;
-        return replacement;
-    }
-    if (length > left) {
-        ++at;
-        return replacement;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(at + i) & 0xC0) != 0x80) {
-            ++at;
-            return replacement;
-        }
-        code = code << 6 | (byte(at + i) & 0x3F);
-    }
-    if (code < least || code > 0x10FFFF || isSurrogate(code)) {
-        ++at;
-        return replacement;
-    }
-    at += length;
-    return code;
-}
 
 void appendUtf16(ByteView bytes, std::string& out)
 {

@@ -9,12 +9,6 @@
 // Texts of the file (UTF-16, or the compressed form) from and to UTF-8.
 namespace accessfile {
 
-/// Appends one code point as UTF-8.
-void appendCodePoint(char32_t code, std::string& out);
-
-/// Next code point of a UTF-8 text; `at` moves past it. Malformed bytes give U+FFFD and move by one.
-[[nodiscard]] char32_t nextCodePoint(std::string_view utf8, std::size_t& at);
-
 /// Appends UTF-16LE bytes as UTF-8; lone surrogates become U+FFFD, an odd last byte is ignored.
 void appendUtf16(ByteView bytes, std::string& out);
 

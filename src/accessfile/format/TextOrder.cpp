@@ -1,7 +1,7 @@
 #include "accessfile/format/TextOrder.h"
 
 #include "accessfile/Storage.h"
-#include "accessfile/format/TextCodec.h"
+#include "accessfile/format/Utf8.h"
 
 #include <algorithm>
 #include <array>

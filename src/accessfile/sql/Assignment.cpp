@@ -60,55 +60,58 @@ DateTime date(const Value& value, const RegionalConversions& regional)
     return *rounded;
 }
 
-/// magnitude * 10 + digit; false when the 128 bits do not hold it.
-bool appendDigit(std::array<std::uint32_t, 4>& magnitude, std::uint32_t digit)
+/// The value with all its digits; nullopt for one that no decimal holds exactly.
+std::optional<Numeric> exact(const Value& value, const RegionalConversions& regional)
 {
-    std::uint64_t carry = digit;
-    for (std::size_t i = magnitude.size(); i-- > 0;) {
-        carry += std::uint64_t{magnitude.at(i)} * 10;
-        magnitude.at(i) = static_cast<std::uint32_t>(carry);
-        carry >>= 32U;
-    }
-    return carry == 0;
+    if (const std::string* text = std::get_if<std::string>(&value))
+        return regional.toDecimal(*text);
+    if (const Numeric* decimal = std::get_if<Numeric>(&value))
+        return *decimal;
+    if (const Money* money = std::get_if<Money>(&value))
+        return toDecimal(*money);
+    if (const std::int32_t* integer = std::get_if<std::int32_t>(&value))
+        return toDecimal(Money{std::int64_t{*integer} * 10'000});
+    return std::nullopt;
 }
 
-/// The decimal digits of a number, surplus decimals cut off.
-Numeric numeric(double value, const Column& column)
+/// The fifteen digits that a double holds of a decimal number.
+std::optional<Numeric> shortDecimal(double value)
 {
-    std::array<char, 400> buffer{};
-    // Fifteen digits are what a double holds of a decimal number.
-    std::array<char, 40> shortened{};
-    const auto general =
-        std::to_chars(shortened.data(), shortened.data() + shortened.size(), value, std::chars_format::scientific, 14);
+    std::array<char, 400> digits{};
+    char* const last = digits.data() + digits.size();
+    const auto shortened = std::to_chars(digits.data(), last, value, std::chars_format::scientific, 14);
     double clean = value;
-    std::from_chars(shortened.data(), general.ptr, clean);
-    const auto fixed = std::to_chars(buffer.data(), buffer.data() + buffer.size(), clean, std::chars_format::fixed);
+    std::from_chars(digits.data(), shortened.ptr, clean);
+    const auto fixed = std::to_chars(digits.data(), last, clean, std::chars_format::fixed);
     if (!std::isfinite(value) || fixed.ec != std::errc())
-        throw overflow();
+        return std::nullopt;
+    constexpr std::size_t mostDecimals = 28;
+    const std::string_view text(digits.data(), fixed.ptr);
+    return parseDecimal(text.substr(0, std::min(text.find('.'), text.size()) + 1 + mostDecimals));
+}
 
-    Numeric result;
-    result.scale = column.scale;
-    int digits = 0;
-    int decimals = -1;
-    const auto append = [&](std::uint32_t digit) {
-        digits += digits > 0 || digit != 0 ? 1 : 0;
-        if (digits > column.precision || !appendDigit(result.magnitude, digit))
-            throw overflow();
-    };
-    for (const char* c = buffer.data(); c != fixed.ptr && decimals < column.scale; ++c) {
-        if (*c == '-') {
-            result.negative = true;
-        } else if (*c == '.') {
-            decimals = 0;
-        } else {
-            append(static_cast<std::uint32_t>(*c - '0'));
-            decimals += decimals >= 0 ? 1 : 0;
-        }
-    }
-    for (int missing = std::max(decimals, 0); missing < column.scale; ++missing)
-        append(0);
-    result.negative = result.negative && digits > 0;
-    return result;
+Money money(const Value& value, const RegionalConversions& regional)
+{
+    const std::optional<Numeric> decimal = exact(value, regional);
+    if (!decimal)
+        return toMoney(number(value, regional));
+    const std::optional<Money> result = toMoney(*decimal);
+    if (!result)
+        throw overflow();
+    return *result;
+}
+
+/// Surplus decimals are cut off.
+Numeric numeric(const Value& value, const Column& column, const RegionalConversions& regional)
+{
+    std::optional<Numeric> decimal = exact(value, regional);
+    if (!decimal)
+        decimal = shortDecimal(number(value, regional));
+    if (decimal)
+        decimal = withScale(*decimal, column.scale);
+    if (!decimal || digitCount(*decimal) > column.precision)
+        throw overflow();
+    return *decimal;
 }
 
 Guid guid(const Value& value)
@@ -155,7 +158,7 @@ Value assign(const Value& value, const Column& column, const RegionalConversions
         return integer(number(value, regional), std::numeric_limits<std::int32_t>::min(),
                        std::numeric_limits<std::int32_t>::max());
     case ColumnType::Money:
-        return std::holds_alternative<Money>(value) ? value : Value(toMoney(number(value, regional)));
+        return std::holds_alternative<Money>(value) ? value : Value(money(value, regional));
     case ColumnType::Float: {
         const double wide = number(value, regional);
         if (!(std::abs(wide) <= static_cast<double>(std::numeric_limits<float>::max())))
@@ -169,7 +172,7 @@ Value assign(const Value& value, const Column& column, const RegionalConversions
         return wide;
     }
     case ColumnType::Numeric:
-        return numeric(number(value, regional), column);
+        return numeric(value, column, regional);
     case ColumnType::Date:
         return date(value, regional);
     case ColumnType::Guid:

@@ -129,17 +129,12 @@ void Binder::bindName(Expression& expression)
     if (position < 0 && expression.qualifier.empty() && sameName(expression.name, "now")) {
         // The one function that works without its brackets.
         expression.form = Form::Call;
-        expression.kind = functionKind(expression);
+        bindFunction(expression);
         return;
     }
     expression.column = column(expression);
     if (expression.column >= 0)
         expression.kind = kindOf(m_table->columns()[static_cast<std::size_t>(expression.column)].type);
-}
-
-void Binder::bindFunction(Expression& expression)
-{
-    expression.kind = functionKind(expression);
 }
 
 void Binder::bindAggregate(Expression& expression, std::vector<Expression*>& aggregates)

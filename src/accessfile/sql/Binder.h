@@ -29,7 +29,6 @@ public:
 private:
     void bindOperands(Expression& expression, std::vector<Expression*>* aggregates);
     void bindName(Expression& expression);
-    void bindFunction(Expression& expression);
     void bindAggregate(Expression& expression, std::vector<Expression*>& aggregates);
     void bindComparison(Expression& expression) const;
     void foldConstant(Expression& expression) const;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace accessfile {
 
@@ -66,6 +67,22 @@ Value defaultValue(const Column& column, std::string_view expression, const Regi
 
 using Changes = std::vector<std::pair<int, Value>>;
 
+/// Keeps the rows of a SELECT.
+class RowCollector : public RowSink
+{
+public:
+    void columns(const std::vector<ResultColumn>& /*columns*/) override {}
+    void cell(const Value& value) override { m_row.push_back(value); }
+    void textCell(std::string_view utf8) override { m_row.emplace_back(std::string(utf8)); }
+    void endRow(std::optional<RowId> /*row*/) override { m_rows.push_back(std::exchange(m_row, {})); }
+
+    [[nodiscard]] const std::vector<std::vector<Value>>& rows() const { return m_rows; }
+
+private:
+    std::vector<Value> m_row;
+    std::vector<std::vector<Value>> m_rows;
+};
+
 /// Runs the statements that are not SELECT, inside one unit.
 class Executor
 {
@@ -86,7 +103,10 @@ public:
     std::size_t operator()(DropTableStatement& statement);
 
 private:
-    [[nodiscard]] std::vector<int> insertTargets(const Table& table, const InsertStatement& statement) const;
+    [[nodiscard]] static std::vector<int> insertTargets(const Table& table, const InsertStatement& statement,
+                                                        std::size_t values);
+    void insertRow(Table& table, const std::vector<int>& targets, const std::vector<Value>& values);
+    std::size_t insertSelected(Table& table, InsertStatement& statement);
     [[nodiscard]] static Index resolve(const IndexDefinition& definition, std::span<const Column> columns,
                                        std::string_view table);
     [[nodiscard]] static int find(std::span<const Column> columns, std::string_view name);
@@ -96,7 +116,7 @@ private:
     const RegionalConversions& m_regional;
 };
 
-std::vector<int> Executor::insertTargets(const Table& table, const InsertStatement& statement) const
+std::vector<int> Executor::insertTargets(const Table& table, const InsertStatement& statement, std::size_t values)
 {
     std::vector<int> targets;
     if (statement.columns.empty()) {
@@ -111,7 +131,7 @@ std::vector<int> Executor::insertTargets(const Table& table, const InsertStateme
             throw duplicateDestination(name);
         targets.push_back(column);
     }
-    if (targets.size() != statement.values.size())
+    if (targets.size() != values)
         throw valueCount();
     return targets;
 }
@@ -119,19 +139,44 @@ std::vector<int> Executor::insertTargets(const Table& table, const InsertStateme
 std::size_t Executor::operator()(InsertStatement& statement)
 {
     Table& table = requireTable(m_storage, statement.table);
-    const std::vector<int> targets = insertTargets(table, statement);
+    if (statement.source)
+        return insertSelected(table, statement);
+    const std::vector<int> targets = insertTargets(table, statement, statement.values.size());
     Binder binder(nullptr, {}, m_source, m_regional);
     for (ExpressionPointer& value : statement.values)
         binder.bind(value);
     binder.finish();
-    std::vector<std::optional<Value>> row(table.columns().size());
     Evaluator evaluator(m_regional);
+    std::vector<Value> values;
+    values.reserve(targets.size());
+    for (const ExpressionPointer& value : statement.values)
+        values.push_back(evaluator.value(*value));
+    insertRow(table, targets, values);
+    return 1;
+}
+
+/// All rows are read before the first is added: a table may be added to itself.
+std::size_t Executor::insertSelected(Table& table, InsertStatement& statement)
+{
+    SelectStatement& source = *statement.source;
+    const Table* const from = source.table.empty() ? nullptr : &requireTable(m_storage, source.table);
+    const Selection selection(source, from, m_source, m_regional);
+    const std::vector<int> targets = insertTargets(table, statement, selection.columnCount());
+    RowCollector collected;
+    selection.run(collected);
+    for (const std::vector<Value>& row : collected.rows())
+        insertRow(table, targets, row);
+    return collected.rows().size();
+}
+
+void Executor::insertRow(Table& table, const std::vector<int>& targets, const std::vector<Value>& values)
+{
+    std::vector<std::optional<Value>> row(table.columns().size());
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const auto column = static_cast<std::size_t>(targets[i]);
-        row[column] = assign(evaluator.value(*statement.values[i]), table.columns()[column], m_regional);
+        row[column] = assign(values[i], table.columns()[column], m_regional);
     }
     table.insert(row);
-    return 1;
 }
 
 std::size_t Executor::operator()(UpdateStatement& statement)

@@ -202,7 +202,7 @@ std::string Parser::defaultExpression()
         result += m_token.text;
         break;
     default:
-        throw syntaxError(m_construct);
+        failConstruct();
     }
     const bool callable = m_token.type == Token::Type::Name;
     advance();
@@ -258,6 +258,8 @@ CreateTableStatement Parser::createTable()
     do {
         const bool constraint = m_token.isWord("CONSTRAINT") || (m_token.isWord("PRIMARY") && peek().isWord("KEY")) ||
                                 (m_token.isWord("UNIQUE") && peek().isSymbol("("));
+        if ((m_token.isWord("FOREIGN") && peek().isWord("KEY")) || (m_token.isWord("CHECK") && peek().isSymbol("(")))
+            throw notServed("CONSTRAINT " + m_token.text);
         if (constraint) {
             tableConstraint(result);
             continue;

@@ -38,7 +38,8 @@ Value Evaluator::value(const Expression& expression)
     case Form::Call:
         return callFunction(expression, *this, m_regional);
     case Form::Aggregate:
-        return m_aggregates->at(expression.slot);
+    case Form::GroupKey:
+        return m_results->at(expression.slot);
     default: {
         const Truth truth = test(expression);
         return truth == Truth::Unknown ? Value() : Value(truth == Truth::True);

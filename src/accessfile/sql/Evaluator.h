@@ -21,8 +21,8 @@ public:
 
     /// nullptr for expressions without columns.
     void setRow(const Cursor* row) { m_row = row; }
-    /// Results of the aggregate calls by their slots.
-    void setAggregates(const std::vector<Value>* results) { m_aggregates = results; }
+    /// Results of the aggregate calls and group keys by their slots.
+    void setResults(const std::vector<Value>* results) { m_results = results; }
 
     [[nodiscard]] Value value(const Expression& expression);
     [[nodiscard]] Truth test(const Expression& expression);
@@ -38,13 +38,14 @@ private:
 
     const RegionalConversions& m_regional;
     const Cursor* m_row = nullptr;
-    const std::vector<Value>* m_aggregates = nullptr;
+    const std::vector<Value>* m_results = nullptr;
     std::string m_text; ///< Kept between rows, so that a text column costs no allocation.
 };
 
 // Functions.cpp
-/// Kind of a call's result; raises an error for a function that is not served or wrong arguments.
-[[nodiscard]] Kind functionKind(const Expression& call);
+/// Finds a call's function and the kind of its result; raises an error for a function that is not served or wrong
+/// arguments.
+void bindFunction(Expression& call);
 [[nodiscard]] bool isVolatile(const Expression& call);
 [[nodiscard]] Value callFunction(const Expression& call, Evaluator& evaluator, const RegionalConversions& regional);
 

@@ -54,9 +54,10 @@ const std::array<Level, 6>& levels()
 /// Words that cannot be the name of a column without brackets: an expression ends before them.
 bool isReserved(const Token& token)
 {
-    static constexpr std::array<std::string_view, 24> words{
-        "SELECT", "FROM",  "WHERE",  "ORDER", "BY",   "AND",    "OR",  "NOT", "XOR",  "BETWEEN", "LIKE", "IN",
-        "IS",     "GROUP", "HAVING", "UNION", "INTO", "VALUES", "SET", "ASC", "DESC", "MOD",     "AS",   "ON"};
+    static constexpr std::array<std::string_view, 26> words{
+        "SELECT",  "FROM", "WHERE", "ORDER", "BY",    "AND",    "OR",    "NOT",     "XOR",
+        "BETWEEN", "LIKE", "IN",    "IS",    "GROUP", "HAVING", "UNION", "INTO",    "CASE",
+        "VALUES",  "SET",  "ASC",   "DESC",  "MOD",   "AS",     "ON",    "DISTINCT"};
     return token.type == Token::Type::Name &&
            std::any_of(words.begin(), words.end(), [&](std::string_view word) { return token.isWord(word); });
 }
@@ -65,6 +66,7 @@ bool isReserved(const Token& token)
 
 void Parser::failExpression() const
 {
+    refuseUnserved();
     throw expressionSyntax(m_lexer.statement().substr(std::min(m_clause, m_lexer.statement().size())));
 }
 
@@ -192,6 +194,7 @@ ExpressionPointer Parser::comparison()
             adopt(*node, std::move(left));
             if (!acceptSymbol("("))
                 failExpression();
+            refuseSelect();
             do
                 adopt(*node, expression());
             while (acceptSymbol(","));
@@ -262,6 +265,7 @@ ExpressionPointer Parser::primary()
     const Token token = m_token;
     if (token.isSymbol("(")) {
         advance();
+        refuseSelect();
         ExpressionPointer inner = expression();
         if (!acceptSymbol(")"))
             failExpression();
@@ -298,6 +302,11 @@ ExpressionPointer Parser::primary()
             throw overflow();
         node->kind = Kind::Double;
         node->literal = number;
+        // A double keeps fifteen digits of a decimal number; more of them are kept as they are written.
+        if (std::count_if(token.text.begin(), token.text.end(), [](char c) { return c >= '0' && c <= '9'; }) > 15) {
+            if (const std::optional<Numeric> exact = parseDecimal(token.text))
+                node->literal = *exact;
+        }
         break;
     }
     default:
@@ -354,6 +363,7 @@ ExpressionPointer Parser::call(const Token& function)
     ExpressionPointer node = make(Expression::Form::Call, function.at);
     node->name = function.text;
     advance();
+    refuseSelect();
     for (const auto& [word, aggregate] : aggregates) {
         if (!function.isWord(word))
             continue;

@@ -1,5 +1,6 @@
 #include "accessfile/sql/Lexer.h"
 
+#include "accessfile/format/Utf8.h"
 #include "accessfile/sql/Messages.h"
 #include "accessfile/sql/TextOrdering.h"
 

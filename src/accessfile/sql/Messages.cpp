@@ -73,7 +73,7 @@ Error tooComplex()
 
 Error notServed(std::string_view what)
 {
-    return {ErrorKind::Syntax, "Operation is not supported for this type of object: " + std::string(what) + "."};
+    return {ErrorKind::Syntax, std::string(what) + " is not supported."};
 }
 
 Error missingTable(std::string_view name)
@@ -123,6 +123,11 @@ Error notAggregated(std::string_view expression)
 {
     return {ErrorKind::Syntax, "You tried to execute a query that does not include the specified expression " +
                                    quoted(expression) + " as part of an aggregate function."};
+}
+
+Error orderConflict(std::string_view expression)
+{
+    return {ErrorKind::Syntax, "ORDER BY clause " + quoted(expression) + " conflicts with DISTINCT."};
 }
 
 Error typeMismatch()

@@ -24,6 +24,7 @@ namespace accessfile::sql {
 [[nodiscard]] Error valueCount();
 [[nodiscard]] Error undefinedFunction(std::string_view name);
 [[nodiscard]] Error notAggregated(std::string_view expression);
+[[nodiscard]] Error orderConflict(std::string_view expression);
 [[nodiscard]] Error typeMismatch();
 [[nodiscard]] Error fieldTooSmall();
 [[nodiscard]] Error notUpdatable(std::string_view field);

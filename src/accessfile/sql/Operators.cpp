@@ -104,6 +104,18 @@ Value addOrSubtract(Operator operation, const Value& a, const Value& b)
     return checked(result);
 }
 
+/// Decimal of a value that is exact in it.
+std::optional<Numeric> exactDecimal(const Value& value)
+{
+    if (const Numeric* decimal = std::get_if<Numeric>(&value))
+        return *decimal;
+    if (const Money* money = std::get_if<Money>(&value))
+        return toDecimal(*money);
+    if (isInteger(value))
+        return toDecimal(Money{integer(value) * 10'000});
+    return std::nullopt;
+}
+
 int order(double a, double b)
 {
     return a < b ? -1 : a > b ? 1 : 0;
@@ -168,15 +180,6 @@ ColumnType columnTypeOf(Kind kind)
     }
 }
 
-double toDouble(const Numeric& value)
-{
-    double number = 0;
-    for (const std::uint32_t word : value.magnitude)
-        number = number * 4294967296.0 + word;
-    number /= std::pow(10.0, value.scale);
-    return value.negative ? -number : number;
-}
-
 double toDouble(const Value& value)
 {
     switch (value.index()) {
@@ -220,6 +223,16 @@ std::string guidText(const Guid& guid)
     return text + '}';
 }
 
+Value withoutNoise(const Value& value)
+{
+    const float* const single = std::get_if<float>(&value);
+    if (single == nullptr)
+        return value;
+    const double magnitude = *single == 0 ? 0 : std::floor(std::log10(std::abs(static_cast<double>(*single))));
+    const double step = std::pow(10.0, 6 - magnitude);
+    return std::isfinite(step) && step > 0 ? std::nearbyint(*single * step) / step : static_cast<double>(*single);
+}
+
 std::string toText(const Value& value, const RegionalConversions& regional)
 {
     if (isNull(value))
@@ -230,14 +243,7 @@ std::string toText(const Value& value, const RegionalConversions& regional)
         return regional.dateToText(date->serial);
     if (const Guid* guid = std::get_if<Guid>(&value))
         return guidText(*guid);
-    if (const float* single = std::get_if<float>(&value)) {
-        // Seven digits are what the type holds; more would show its noise.
-        const double magnitude = *single == 0 ? 0 : std::floor(std::log10(std::abs(static_cast<double>(*single))));
-        const double step = std::pow(10.0, 6 - magnitude);
-        return regional.numberToText(std::isfinite(step) && step > 0 ? std::nearbyint(*single * step) / step
-                                                                     : static_cast<double>(*single));
-    }
-    return regional.numberToText(toDouble(value));
+    return regional.numberToText(toDouble(withoutNoise(value)));
 }
 
 bool comparable(Kind a, Kind b)
@@ -275,6 +281,12 @@ std::optional<int> compareValues(const Value& a, const Value& b)
     const std::optional<std::int64_t> moneyB = scaledMoney(b);
     if (moneyA && moneyB)
         return *moneyA < *moneyB ? -1 : *moneyA == *moneyB ? 0 : 1;
+    if (std::holds_alternative<Numeric>(a) || std::holds_alternative<Numeric>(b)) {
+        const std::optional<Numeric> decimalA = exactDecimal(a);
+        const std::optional<Numeric> decimalB = exactDecimal(b);
+        if (decimalA && decimalB)
+            return compareDecimals(*decimalA, *decimalB);
+    }
     double left = toDouble(a);
     double right = toDouble(b);
     if (std::holds_alternative<float>(a) || std::holds_alternative<float>(b)) {
@@ -381,6 +393,11 @@ Value negate(const Value& value, const RegionalConversions& regional)
         if (money->scaled == std::numeric_limits<std::int64_t>::min())
             throw overflow();
         return Money{-money->scaled};
+    }
+    if (const Numeric* decimal = std::get_if<Numeric>(&number)) {
+        Numeric opposite = *decimal;
+        opposite.negative = !opposite.negative;
+        return opposite;
     }
     if (const DateTime* date = std::get_if<DateTime>(&number))
         return checkedDate(-date->serial);

@@ -14,9 +14,11 @@ namespace accessfile::sql {
 
 /// A number of any type, a date as its day value, True as -1. Not for texts and Null.
 [[nodiscard]] double toDouble(const Value& value);
-[[nodiscard]] double toDouble(const Numeric& value);
 /// Half to even at the fourth decimal; Overflow beyond the type.
 [[nodiscard]] Money toMoney(double number);
+
+/// A single as the number that its seven digits show; other values as they are.
+[[nodiscard]] Value withoutNoise(const Value& value);
 
 /// The text of a value by the regional settings, for & and LIKE; Null is "".
 [[nodiscard]] std::string toText(const Value& value, const RegionalConversions& regional);

@@ -21,7 +21,9 @@ public:
 
 private:
     [[nodiscard]] SelectStatement select();
+    void selectRange(SelectStatement& select);
     void selectItems(SelectStatement& select);
+    void groupItems(SelectStatement& select);
     void orderItems(SelectStatement& select);
     [[nodiscard]] InsertStatement insert();
     [[nodiscard]] UpdateStatement update();
@@ -54,6 +56,9 @@ private:
     void adopt(Expression& parent, ExpressionPointer operand);
     [[nodiscard]] std::optional<Operator> comparisonOperator();
     [[noreturn]] void failExpression() const;
+    [[noreturn]] void failConstruct() const;
+    void refuseUnserved() const;
+    void refuseSelect() const;
 
     void advance();
     [[nodiscard]] const Token& peek();

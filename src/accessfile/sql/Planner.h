@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <type_traits>
 
 namespace accessfile::sql {
 
@@ -22,7 +23,8 @@ struct Plan
 /// The narrowest index range that a bound WHERE clause (may be nullptr) allows.
 [[nodiscard]] Plan planRows(const Table& table, const Expression* where);
 
-/// Visits the rows that satisfy the clause; the evaluator stands on the visited row.
+/// Visits the rows that satisfy the clause; the evaluator stands on the visited row. A visit that gives a bool ends
+/// with the first false.
 template <typename Visit>
 void forEachRow(const Table& table, const Expression* where, Evaluator& evaluator, Visit visit)
 {
@@ -32,8 +34,14 @@ void forEachRow(const Table& table, const Expression* where, Evaluator& evaluato
     const std::unique_ptr<Cursor> cursor = plan.open(table);
     evaluator.setRow(cursor.get());
     while (cursor->next()) {
-        if (where == nullptr || evaluator.test(*where) == Truth::True)
+        if (where != nullptr && evaluator.test(*where) != Truth::True)
+            continue;
+        if constexpr (std::is_same_v<decltype(visit(*cursor)), bool>) {
+            if (!visit(*cursor))
+                break;
+        } else {
             visit(*cursor);
+        }
     }
     evaluator.setRow(nullptr);
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 
 namespace accessfile::sql {
 
@@ -49,13 +50,13 @@ bool Parser::acceptWord(std::string_view upper)
 void Parser::expectSymbol(std::string_view symbol)
 {
     if (!acceptSymbol(symbol))
-        throw syntaxError(m_construct);
+        failConstruct();
 }
 
 void Parser::expectWord(std::string_view upper)
 {
     if (!acceptWord(upper))
-        throw syntaxError(m_construct);
+        failConstruct();
 }
 
 bool Parser::atName() const
@@ -66,7 +67,7 @@ bool Parser::atName() const
 std::string Parser::name()
 {
     if (!atName())
-        throw syntaxError(m_construct);
+        failConstruct();
     std::string result = m_token.text;
     advance();
     return result;
@@ -74,8 +75,9 @@ std::string Parser::name()
 
 std::string Parser::optionalAlias()
 {
-    static constexpr std::array<std::string_view, 8> following{"WHERE", "ORDER",  "GROUP", "HAVING",
-                                                               "SET",   "VALUES", "UNION", "SELECT"};
+    static constexpr std::array<std::string_view, 17> following{
+        "WHERE", "ORDER", "GROUP", "HAVING", "SET",     "VALUES", "UNION", "SELECT", "INNER",
+        "LEFT",  "RIGHT", "FULL",  "CROSS",  "NATURAL", "JOIN",   "LIMIT", "ON"};
     if (acceptWord("AS"))
         return name();
     const bool keyword =
@@ -94,7 +96,7 @@ void Parser::expectEnd()
         throw trailingCharacters();
     if (m_clause != 0)
         failExpression();
-    throw syntaxError(m_construct);
+    failConstruct();
 }
 
 Statement Parser::statement()
@@ -114,10 +116,69 @@ Statement Parser::statement()
         result = alter();
     else if (acceptWord("DROP"))
         result = drop();
-    else
+    else {
+        if (acceptSymbol("("))
+            refuseSelect();
+        refuseUnserved();
         throw invalidStatement();
+    }
     expectEnd();
     return result;
+}
+
+void Parser::failConstruct() const
+{
+    refuseUnserved();
+    throw syntaxError(m_construct);
+}
+
+/// A statement that stops being understood at one of these words uses what other speakers of SQL have.
+void Parser::refuseUnserved() const
+{
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 32> words{
+        {{"JOIN", "JOIN"},
+         {"INNER", "JOIN"},
+         {"LEFT", "JOIN"},
+         {"RIGHT", "JOIN"},
+         {"FULL", "JOIN"},
+         {"CROSS", "JOIN"},
+         {"NATURAL", "JOIN"},
+         {"OUTER", "JOIN"},
+         {"UNION", "UNION"},
+         {"INTERSECT", "INTERSECT"},
+         {"EXCEPT", "EXCEPT"},
+         {"MINUS", "MINUS"},
+         {"INTO", "SELECT INTO"},
+         {"LIMIT", "LIMIT"},
+         {"OFFSET", "OFFSET"},
+         {"FETCH", "FETCH"},
+         {"CASE", "CASE"},
+         {"WHEN", "CASE"},
+         {"OVER", "OVER"},
+         {"WITH", "WITH"},
+         {"PIVOT", "PIVOT"},
+         {"TRANSFORM", "TRANSFORM"},
+         {"DISTINCT", "DISTINCT inside of a function"},
+         {"PARAMETERS", "PARAMETERS"},
+         {"EXECUTE", "EXECUTE"},
+         {"EXEC", "EXECUTE"},
+         {"PROCEDURE", "PROCEDURE"},
+         {"BEGIN", "BEGIN"},
+         {"COMMIT", "COMMIT"},
+         {"ROLLBACK", "ROLLBACK"},
+         {"GRANT", "GRANT"},
+         {"REVOKE", "REVOKE"}}};
+    for (const auto& [word, what] : words) {
+        if (m_token.isWord(word))
+            throw notServed(what);
+    }
+}
+
+/// Behind an opening bracket.
+void Parser::refuseSelect() const
+{
+    if (m_token.isWord("SELECT"))
+        throw notServed("SELECT inside of another statement");
 }
 
 ExpressionPointer Parser::loneExpression()
@@ -133,22 +194,23 @@ SelectStatement Parser::select()
 {
     m_construct = "query";
     SelectStatement result;
-    static_cast<void>(acceptWord("ALL"));
-    if (m_token.isWord("DISTINCT") || m_token.isWord("TOP"))
-        throw notServed("SELECT " + m_token.text);
+    selectRange(result);
     selectItems(result);
     if (acceptWord("FROM")) {
         m_construct = "FROM clause";
         m_clause = 0;
+        if (acceptSymbol("(")) {
+            refuseSelect();
+            throw notServed("JOIN");
+        }
         result.table = name();
         result.alias = optionalAlias();
-        if (m_token.isSymbol(",") || m_token.isWord("INNER") || m_token.isWord("LEFT"))
-            throw notServed("several tables");
+        if (m_token.isSymbol(","))
+            throw notServed("FROM with several tables");
     }
     if (acceptWord("WHERE"))
         result.where = clause();
-    if (m_token.isWord("GROUP") || m_token.isWord("HAVING") || m_token.isWord("UNION"))
-        throw notServed(m_token.text);
+    groupItems(result);
     if (acceptWord("ORDER")) {
         m_construct = "ORDER BY clause";
         m_clause = 0;
@@ -156,6 +218,42 @@ SelectStatement Parser::select()
         orderItems(result);
     }
     return result;
+}
+
+/// Which of the rows: of one table DISTINCTROW asks for all of them.
+void Parser::selectRange(SelectStatement& select)
+{
+    if (acceptWord("DISTINCT"))
+        select.distinct = true;
+    else if (!acceptWord("ALL"))
+        static_cast<void>(acceptWord("DISTINCTROW"));
+    if (!m_token.isWord("TOP") || peek().type != Token::Type::Number)
+        return;
+    advance();
+    TopClause top;
+    const char* const last = m_token.text.data() + m_token.text.size();
+    if (const auto read = std::from_chars(m_token.text.data(), last, top.count);
+        read.ec != std::errc() || read.ptr != last)
+        failConstruct();
+    advance();
+    top.percent = acceptWord("PERCENT");
+    if (top.percent && top.count > 100)
+        failConstruct();
+    select.top = top;
+}
+
+void Parser::groupItems(SelectStatement& select)
+{
+    if (acceptWord("GROUP")) {
+        m_construct = "GROUP BY clause";
+        m_clause = 0;
+        expectWord("BY");
+        do
+            select.group.push_back(clause());
+        while (acceptSymbol(","));
+    }
+    if (acceptWord("HAVING"))
+        select.having = clause();
 }
 
 void Parser::selectItems(SelectStatement& select)
@@ -196,6 +294,7 @@ InsertStatement Parser::insert()
     expectWord("INTO");
     result.table = name();
     if (acceptSymbol("(")) {
+        refuseSelect();
         do {
             std::string column = name();
             if (acceptSymbol("."))
@@ -204,8 +303,13 @@ InsertStatement Parser::insert()
         } while (acceptSymbol(","));
         expectSymbol(")");
     }
+    if (acceptWord("SELECT")) {
+        result.source = select();
+        return result;
+    }
     expectWord("VALUES");
     expectSymbol("(");
+    refuseSelect();
     do
         result.values.push_back(clause());
     while (acceptSymbol(","));
@@ -220,6 +324,8 @@ UpdateStatement Parser::update()
     UpdateStatement result;
     result.table = name();
     result.alias = optionalAlias();
+    if (m_token.isSymbol(","))
+        throw notServed("UPDATE of several tables");
     expectWord("SET");
     do {
         ExpressionPointer target = make(Expression::Form::Name, m_token.at);
@@ -241,9 +347,17 @@ DeleteStatement Parser::deleteRows()
 {
     m_construct = "FROM clause";
     DeleteStatement result;
-    static_cast<void>(acceptSymbol("*"));
+    if (atName() && peek().isSymbol(".")) {
+        static_cast<void>(name());
+        expectSymbol(".");
+        expectSymbol("*");
+    } else {
+        static_cast<void>(acceptSymbol("*"));
+    }
     expectWord("FROM");
     result.table = name();
+    if (m_token.isSymbol(","))
+        throw notServed("DELETE with several tables");
     if (acceptWord("WHERE"))
         result.where = clause();
     return result;

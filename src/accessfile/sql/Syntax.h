@@ -56,7 +56,8 @@ struct Expression
         Between, ///< value, lower, upper
         In,      ///< value, members...
         Call,
-        Aggregate
+        Aggregate,
+        GroupKey ///< What binding makes of an expression that a SELECT is grouped by.
     };
 
     Form form = Form::Literal;
@@ -75,7 +76,8 @@ struct Expression
     // What binding finds out.
     Kind kind = Kind::Null;
     int column = -1;
-    std::size_t slot = 0;                 ///< Place of an aggregate's result.
+    std::size_t slot = 0;                 ///< Place of an aggregate's or a group key's result.
+    std::size_t function = 0;             ///< Number of the function that a call means.
     std::optional<ComparedText> compared; ///< The constant side of a text comparison.
     std::optional<Pattern> pattern;       ///< A constant LIKE pattern.
 };
@@ -95,12 +97,23 @@ struct OrderItem
     int output = -1; ///< Item of the list that an alias or a number means.
 };
 
+/// The first rows only: so many, or so many of a hundred.
+struct TopClause
+{
+    std::size_t count = 0;
+    bool percent = false;
+};
+
 struct SelectStatement
 {
+    bool distinct = false;
+    std::optional<TopClause> top;
     std::vector<SelectItem> items;
     std::string table; ///< Empty without FROM.
     std::string alias;
     ExpressionPointer where;
+    std::vector<ExpressionPointer> group;
+    ExpressionPointer having;
     std::vector<OrderItem> order;
 };
 
@@ -109,6 +122,7 @@ struct InsertStatement
     std::string table;
     std::vector<std::string> columns; ///< Empty: all, in order.
     std::vector<ExpressionPointer> values;
+    std::optional<SelectStatement> source; ///< Instead of values.
 };
 
 struct UpdateStatement

@@ -1,66 +1,14 @@
 #include "accessfile/sql/TextOrdering.h"
 
 #include "accessfile/Storage.h"
+#include "accessfile/format/Utf8.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 namespace accessfile::sql {
 
 namespace {
-
-constexpr char32_t replacement = 0xFFFD;
-
-/// Reads one code point; `valid` turns false on bytes that are no UTF-8.
-char32_t decode(std::string_view text, std::size_t& position, bool& valid)
-{
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    const unsigned char first = byte(position++);
-    if (first < 0x80)
-        return first;
-    const int more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : 1;
-    if (first < 0xC2 || first > 0xF4 || position + static_cast<std::size_t>(more) > text.size()) {
-        valid = false;
-        return replacement;
-    }
-    char32_t code = more == 3 ? first & 0x07U : more == 2 ? first & 0x0FU : first & 0x1FU;
-    for (int i = 0; i < more; ++i) {
-        const unsigned char next = byte(position);
-        if ((next & 0xC0U) != 0x80U) {
-            valid = false;
-            return replacement;
-        }
-        code = (code << 6U) | (next & 0x3FU);
-        ++position;
-    }
-    constexpr std::array<char32_t, 4> least{0, 0x80, 0x800, 0x10000};
-    if (code < least.at(static_cast<std::size_t>(more)) || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
-        valid = false;
-        return replacement;
-    }
-    return code;
-}
-
-void encode(char32_t c, std::string& out)
-{
-    const auto put = [&](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0U | (c >> 6U));
-        put(0x80U | (c & 0x3FU));
-    } else if (c < 0x10000) {
-        put(0xE0U | (c >> 12U));
-        put(0x80U | ((c >> 6U) & 0x3FU));
-        put(0x80U | (c & 0x3FU));
-    } else {
-        put(0xF0U | (c >> 18U));
-        put(0x80U | ((c >> 12U) & 0x3FU));
-        put(0x80U | ((c >> 6U) & 0x3FU));
-        put(0x80U | (c & 0x3FU));
-    }
-}
 
 bool isPlain(std::string_view text)
 {
@@ -86,21 +34,12 @@ int sign(int order)
 
 } // namespace
 
-bool isValidUtf8(std::string_view text)
-{
-    bool valid = true;
-    for (std::size_t position = 0; valid && position < text.size();)
-        static_cast<void>(decode(text, position, valid));
-    return valid;
-}
-
 std::u32string codePoints(std::string_view utf8)
 {
     std::u32string result;
     result.reserve(utf8.size());
-    bool valid = true;
     for (std::size_t position = 0; position < utf8.size();)
-        result += decode(utf8, position, valid);
+        result += nextCodePoint(utf8, position);
     return result;
 }
 
@@ -113,6 +52,20 @@ std::size_t utf16Length(std::string_view utf8)
             units += byte >= 0xF0 ? 2 : 1;
     }
     return units;
+}
+
+std::string sliceUnits(std::string_view utf8, std::size_t begin, std::size_t count)
+{
+    std::string result;
+    std::size_t unit = 0;
+    for (std::size_t position = 0; position < utf8.size() && unit < begin + count;) {
+        const std::size_t start = position;
+        const std::size_t first = unit;
+        unit += nextCodePoint(utf8, position) >= 0x10000 ? 2 : 1;
+        if (first >= begin && unit <= begin + count)
+            result += utf8.substr(start, position - start);
+    }
+    return result;
 }
 
 char32_t foldCase(char32_t c)
@@ -140,12 +93,11 @@ std::string foldCase(std::string_view utf8)
 {
     std::string result;
     result.reserve(utf8.size());
-    bool valid = true;
     for (std::size_t position = 0; position < utf8.size();) {
         if (static_cast<unsigned char>(utf8[position]) < 0x80)
             result += foldAscii(utf8[position++]);
         else
-            encode(foldCase(decode(utf8, position, valid)), result);
+            appendCodePoint(foldCase(nextCodePoint(utf8, position)), result);
     }
     return result;
 }

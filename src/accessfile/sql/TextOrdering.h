@@ -7,11 +7,12 @@
 // How texts are compared: by the file's order, case and trailing blanks ignored, accents not.
 namespace accessfile::sql {
 
-[[nodiscard]] bool isValidUtf8(std::string_view text);
 /// Code points; bytes that are no UTF-8 give U+FFFD.
 [[nodiscard]] std::u32string codePoints(std::string_view utf8);
 /// Length in UTF-16 units, the measure of a text column.
 [[nodiscard]] std::size_t utf16Length(std::string_view utf8);
+/// At most `count` UTF-16 units behind the first `begin`; a character of two units that is cut through is left out.
+[[nodiscard]] std::string sliceUnits(std::string_view utf8, std::size_t begin, std::size_t count);
 
 [[nodiscard]] char32_t foldCase(char32_t c);
 [[nodiscard]] std::string foldCase(std::string_view utf8);

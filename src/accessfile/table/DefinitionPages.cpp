@@ -6,8 +6,8 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t chainHeader = 8;
-constexpr std::size_t reserve = 8;
+constexpr std::size_t chainHeader = 8; ///< Of every page; the first page's is the head of the definition itself.
+constexpr std::size_t reserve = 8;     ///< Bytes behind the definition that count as used.
 constexpr std::size_t longestDefinition = 1 << 20;
 
 } // namespace
@@ -22,13 +22,13 @@ TableDefinition readDefinition(const Pager& pager, PageNumber first)
         if (!isType(*page, PageType::Definition))
             throwDamaged("página de definição de tabela");
         if (buffer.empty()) {
-            total = load32(page->data() + 8);
-            if (total < 65 || total > longestDefinition)
+            total = load32(page->data() + definition::lengthAt);
+            if (total < definition::headLength + 2 || total > longestDefinition)
                 throwDamaged("tamanho da definição de tabela");
         }
         pages.push_back(number);
         append(buffer, ByteView(*page).subspan(buffer.empty() ? 0 : chainHeader));
-        number = load32(page->data() + 4);
+        number = load32(page->data() + definition::nextPageAt);
         // The reserve behind the last byte may have a page of its own.
         if (buffer.size() >= total + reserve)
             break;
@@ -36,31 +36,31 @@ TableDefinition readDefinition(const Pager& pager, PageNumber first)
     if (buffer.size() < total)
         throwDamaged("definição de tabela incompleta");
     buffer.resize(total);
-    TableDefinition definition = TableDefinition::parse(buffer);
-    definition.pages = std::move(pages);
-    return definition;
+    TableDefinition table = TableDefinition::parse(buffer);
+    table.pages = std::move(pages);
+    return table;
 }
 
-void writeDefinition(TableDefinition& definition, Pager& pager, PageAllocator& allocator)
+void writeDefinition(TableDefinition& table, Pager& pager, PageAllocator& allocator)
 {
     // Rows counted since this copy was read are on the page, not in it.
-    if (isType(*pager.page(definition.pages.front()), PageType::Definition))
-        std::copy_n(pager.page(definition.pages.front())->begin() + TableDefinition::rowCountAt, 12,
-                    definition.fixed.begin() + TableDefinition::rowCountAt);
-    Bytes buffer = definition.compose();
+    if (isType(*pager.page(table.pages.front()), PageType::Definition))
+        std::copy_n(pager.page(table.pages.front())->begin() + definition::rowCountAt, definition::numbersLength,
+                    table.fixed.begin() + definition::rowCountAt);
+    Bytes buffer = table.compose();
     const std::size_t withReserve = buffer.size() + reserve;
     std::size_t needed = 1;
     while (pageSize + (needed - 1) * (pageSize - chainHeader) < withReserve)
         ++needed;
-    while (definition.pages.size() < needed)
-        definition.pages.push_back(allocator.allocate());
-    while (definition.pages.size() > needed) {
-        allocator.release(definition.pages.back());
-        definition.pages.pop_back();
+    while (table.pages.size() < needed)
+        table.pages.push_back(allocator.allocate());
+    while (table.pages.size() > needed) {
+        allocator.release(table.pages.back());
+        table.pages.pop_back();
     }
     std::size_t at = 0;
-    for (std::size_t i = 0; i < definition.pages.size(); ++i) {
-        PageBytes& page = pager.modify(definition.pages[i]);
+    for (std::size_t i = 0; i < table.pages.size(); ++i) {
+        PageBytes& page = pager.modify(table.pages[i]);
         page.fill(0);
         const std::size_t head = i == 0 ? 0 : chainHeader;
         const std::size_t room = pageSize - head;
@@ -68,10 +68,9 @@ void writeDefinition(TableDefinition& definition, Pager& pager, PageAllocator& a
             std::copy_n(buffer.begin() + static_cast<std::ptrdiff_t>(at), std::min(room, buffer.size() - at),
                         page.begin() + static_cast<std::ptrdiff_t>(head));
         const std::size_t used = std::min(room, withReserve - at);
-        page[0] = static_cast<std::uint8_t>(PageType::Definition);
-        page[1] = 1;
-        store16(page.data() + 2, room - used);
-        store32(page.data() + 4, i + 1 < definition.pages.size() ? definition.pages[i + 1] : 0);
+        setType(page, PageType::Definition);
+        store16(page.data() + pageFreeAt, room - used);
+        store32(page.data() + definition::nextPageAt, i + 1 < table.pages.size() ? table.pages[i + 1] : 0);
         at += used;
     }
 }

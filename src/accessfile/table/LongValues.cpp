@@ -30,8 +30,8 @@ Bytes makeDescriptor(std::size_t length, std::uint32_t kind, RowId row, std::uin
 {
     Bytes descriptor(descriptorLength, 0);
     store32(descriptor.data(), static_cast<std::uint32_t>(length) | kind);
-    storeRowId(descriptor.data() + 4, row);
-    store32(descriptor.data() + 8, stamp);
+    storeRowId(descriptor.data() + rowAt, row);
+    store32(descriptor.data() + stampAt, stamp);
     return descriptor;
 }
 
@@ -51,7 +51,7 @@ Bytes LongValues::read(ByteView descriptor) const
         const ByteView content = descriptor.subspan(descriptorLength, length);
         return {content.begin(), content.end()};
     }
-    RowId next = loadRowId(descriptor.data() + 4);
+    RowId next = loadRowId(descriptor.data() + rowAt);
     if ((word & rowKind) != 0) {
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
@@ -68,9 +68,10 @@ Bytes LongValues::read(ByteView descriptor) const
             throwDamaged("texto longo incompleto");
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
-        if (row.size() <= 4)
+        if (row.size() <= datapage::pointerLength)
             throwDamaged("texto longo");
-        append(content, row.subspan(4, std::min(row.size() - 4, length - content.size())));
+        append(content, row.subspan(datapage::pointerLength,
+                                    std::min(row.size() - datapage::pointerLength, length - content.size())));
         next = loadRowId(row.data());
     }
     return content;
@@ -135,7 +136,7 @@ Bytes LongValues::write(const ColumnDefinition& column, const Prepared& prepared
     std::size_t end = content.size();
     while (end > 0) {
         const std::size_t start = (end - 1) / chainChunk * chainChunk;
-        Bytes row(4);
+        Bytes row(datapage::pointerLength);
         storeRowId(row.data(), next);
         append(row, ByteView(content).subspan(start, end - start));
         next = placeAlone(column, row, start == 0 ? stamp : 0);
@@ -174,7 +175,7 @@ RowId LongValues::placeAlone(const ColumnDefinition& column, ByteView row, std::
     const PageNumber number = m_allocator.allocate();
     PageBytes& page = m_pager.modify(number);
     datapage::initialise(page, datapage::longValueOwner);
-    store32(page.data() + stampAt, stamp);
+    store32(page.data() + datapage::stampAt, stamp);
     const auto slot = datapage::append(page, row);
     UsageMap(m_pager, column.ownedMap).add(number, m_allocator);
     return {number, *slot};
@@ -187,7 +188,7 @@ void LongValues::free(const ColumnDefinition& column, ByteView descriptor)
     const std::uint32_t word = load32(descriptor.data());
     if ((word & inlineKind) != 0)
         return;
-    RowId next = loadRowId(descriptor.data() + 4);
+    RowId next = loadRowId(descriptor.data() + rowAt);
     if ((word & rowKind) != 0) {
         eraseRow(column, next);
         return;
@@ -195,7 +196,7 @@ void LongValues::free(const ColumnDefinition& column, ByteView descriptor)
     while (next.page != 0) {
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
-        if (row.size() < 4)
+        if (row.size() < datapage::pointerLength)
             throwDamaged("texto longo");
         const RowId following = loadRowId(row.data());
         // An erased row cannot be erased again, so a chain that runs in a circle ends here as damaged.

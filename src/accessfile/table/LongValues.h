@@ -5,14 +5,22 @@
 
 namespace accessfile {
 
-/// A long value's descriptor in its row: length and kind in one word, the address of the first piece, the stamp of the
-/// value. A page of its own repeats the stamp.
+// Layout of a long value's descriptor, the cell of its row:
+//
+//   offset size
+//        0    4  length of the value in the low 30 bits, over them its kind
+//        4    4  pointer to the value's row, or to the first row of its chain
+//        8    4  stamp of a chain, which the first page of the chain repeats
+//       12       the value itself, where it is inline
+//
+// Each row of a chain begins with a pointer to the next, 0 in the last.
 namespace longvalue {
+constexpr std::size_t rowAt = 4;
+constexpr std::size_t stampAt = 8;
 constexpr std::size_t descriptorLength = 12;
 constexpr std::uint32_t lengthMask = 0x3FFFFFFF;
 constexpr std::uint32_t inlineKind = 0x80000000;
 constexpr std::uint32_t rowKind = 0x40000000;
-constexpr std::size_t stampAt = 8;
 } // namespace longvalue
 
 /// Memo and OLE contents, which live outside the row; the row holds a 12-byte descriptor.

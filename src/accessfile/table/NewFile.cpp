@@ -29,7 +29,7 @@ constexpr std::int32_t databasesId = 0x0F000002;
 constexpr std::int32_t relationshipsId = 0x0F000003;
 constexpr std::int32_t containersId = 0x0F000000;
 constexpr std::int32_t databaseId = 0x10000000;
-constexpr auto systemFlag = static_cast<std::int32_t>(0x80000000);
+constexpr auto systemObject = static_cast<std::int32_t>(0x80000000);
 
 /// Accounts as they stand in every file that no workgroup protects.
 using Account = std::array<std::uint8_t, 2>;
@@ -76,37 +76,38 @@ std::vector<SystemTable> systemTables()
           column("ForeignName", Text, longText), column("RmtInfoShort", Binary, longBinary), column("RmtInfoLong", Ole),
           column("Lv", Ole), column("LvProp", Ole), column("LvModule", Ole), column("LvExtra", Ole)},
          {index("ParentIdName", {1, 2}), index("Id", {0}, true)},
-         0x81},
+         physicalentry::usualFlag | physicalentry::uniqueFlag},
         {rightsPage,
          {column("ObjectId", Long), column("SID", Binary, longBinary), column("ACM", Long),
           column("FInheritable", Bool)},
          {index("ObjectId", {0})},
-         0x88},
+         physicalentry::usualFlag | physicalentry::requiredFlag},
         {queriesPage,
          {column("ObjectId", Long), column("Attribute", Byte), column("Order", Binary, longBinary),
           column("Name1", Text, longText), column("Name2", Text, longText), column("Expression", Memo),
           column("Flag", Int), column("LvExtra", Long)},
          {index("ObjectIdAttribute", {0, 1, 2}, true)},
-         0x81},
+         physicalentry::usualFlag | physicalentry::uniqueFlag},
         {relationshipsPage,
          {column("szRelationship", Text, longText), column("grbit", Long), column("ccolumn", Long),
           column("icolumn", Long), column("szObject", Text, longText), column("szColumn", Text, longText),
           column("szReferencedObject", Text, longText), column("szReferencedColumn", Text, longText)},
          {index("szRelationship", {0}), index("szObject", {4}), index("szReferencedObject", {6})},
-         0x82}};
+         physicalentry::usualFlag | physicalentry::skipNullsFlag}};
 }
 
 /// Entries of the catalog's own tables carry flags of their own, and their columns stand in the order of their names.
 void markSystem(TableDefinition& definition, std::uint8_t indexFlags)
 {
+    using namespace columnentry;
     for (ColumnDefinition& each : definition.columns) {
         const bool account = each.name == "Owner" || each.name == "SID";
-        each.entry[15] = static_cast<std::uint8_t>(account ? 0x32 : each.entry[15] | 0x10);
-        each.entry[16] = 0;
-        store16(each.entry.data() + 9, 0);
+        each.entry[flagsAt] = static_cast<std::uint8_t>(each.entry[flagsAt] | systemFlag | (account ? accountFlag : 0));
+        each.entry[moreFlagsAt] = 0;
+        store16(each.entry.data() + secondIdAt, 0);
     }
     for (PhysicalIndex& each : definition.physical)
-        each.entry[46] = indexFlags;
+        each.entry[physicalentry::flagsAt] = indexFlags;
     std::sort(definition.columns.begin(), definition.columns.end(),
               [](const ColumnDefinition& left, const ColumnDefinition& right) {
                   return foldName(left.name) < foldName(right.name);
@@ -153,7 +154,7 @@ public:
             set("DateCreate", DateTime{m_now});
             set("DateUpdate", DateTime{m_now});
             set("Owner", masked(object.owner));
-            set("Flags", systemFlag);
+            set("Flags", systemObject);
             table.insert(row);
         }
     }

@@ -45,7 +45,7 @@ void TableFile::addColumn(const Column& column)
     writeDefinition(changed, m_space.pager, m_space.allocator);
     widenRows(rows, changed);
     if (column.autonumber && column.type == ColumnType::Long)
-        store32(m_space.pager.modify(m_page).data() + TableDefinition::lastNumberAt,
+        store32(m_space.pager.modify(m_page).data() + definition::lastNumberAt,
                 static_cast<std::uint32_t>(rows.size()));
 }
 
@@ -137,7 +137,7 @@ void TableFile::releasePages()
     };
     const std::function<bool(const PageBytes&)> tree = [this](const PageBytes& page) {
         return (isType(page, PageType::IndexLeaf) || isType(page, PageType::IndexNode)) &&
-               load32(page.data() + 4) == m_page;
+               load32(page.data() + datapage::ownerAt) == m_page;
     };
     const std::function<bool(const PageBytes&)> rows = [this](const PageBytes& page) {
         return (isType(page, PageType::Data) || isType(page, PageType::EmptiedData)) && datapage::owner(page) == m_page;

@@ -64,7 +64,7 @@ void RowReader::open(PagePointer home, RowId row)
     m_page = std::move(home);
     datapage::Slot slot = datapage::slot(*m_page, row.slot);
     if (slot.kind == datapage::SlotKind::Stub) {
-        if (slot.length < 4)
+        if (slot.length < datapage::pointerLength)
             throwDamaged("registro deslocado");
         m_place = loadRowId(m_page->data() + slot.offset);
         m_page = m_space.pager.page(m_place.page);

@@ -11,8 +11,6 @@ namespace accessfile {
 
 namespace {
 
-constexpr std::size_t stubLength = 4;
-
 void addToCounter(Pager& pager, PageNumber page, std::size_t at, std::int32_t change)
 {
     PageBytes& bytes = pager.modify(page);
@@ -68,7 +66,7 @@ void TableFile::checkValue(std::size_t column, const Value& value) const
 void TableFile::indexInsert(std::size_t index, const IndexKey& key, RowId row)
 {
     if (IndexTree(m_space, m_page, m_definition.physical[index]).insert(key.bytes, row)) {
-        const std::size_t at = TableDefinition::countersAt + 12 * index + 4;
+        const std::size_t at = definition::headLength + definition::counterLength * index + definition::distinctAt;
         if (at + 4 <= pageSize)
             addToCounter(m_space.pager, m_page, at, 1);
     }
@@ -87,7 +85,7 @@ RowId TableFile::placeRow(ByteView row, bool asTarget)
     while (const auto candidate = freePages.highest()) {
         const PagePointer page = m_space.pager.page(*candidate);
         if (isType(*page, PageType::Data) && datapage::owner(*page) == m_page &&
-            datapage::freeBytes(*page) >= row.size() + 2 && owned.contains(*candidate)) {
+            datapage::freeBytes(*page) >= row.size() + datapage::slotLength && owned.contains(*candidate)) {
             if (const auto slot = datapage::append(m_space.pager.modify(*candidate), row, kind))
                 return {*candidate, *slot};
         }
@@ -131,8 +129,8 @@ RowId TableFile::insert(std::span<const std::optional<Value>> values)
     if (values.size() != m_columns.size())
         throw Error(ErrorKind::TypeMismatch, "A quantidade de valores não é a das colunas da tabela.");
     const std::uint8_t* head = m_space.pager.page(m_page)->data();
-    auto lastNumber = static_cast<std::int32_t>(load32(head + TableDefinition::lastNumberAt));
-    const auto increment = static_cast<std::int32_t>(load32(head + TableDefinition::incrementAt));
+    auto lastNumber = static_cast<std::int32_t>(load32(head + definition::lastNumberAt));
+    const auto increment = static_cast<std::int32_t>(load32(head + definition::incrementAt));
     bool numbered = false;
 
     std::vector<Value> row(values.size());
@@ -182,9 +180,9 @@ RowId TableFile::insert(std::span<const std::optional<Value>> values)
         if (keys[i])
             indexInsert(i, *keys[i], id);
     }
-    addToCounter(m_space.pager, m_page, TableDefinition::rowCountAt, 1);
+    addToCounter(m_space.pager, m_page, definition::rowCountAt, 1);
     if (numbered)
-        store(m_space.pager.modify(m_page).data() + TableDefinition::lastNumberAt, lastNumber);
+        store(m_space.pager.modify(m_page).data() + definition::lastNumberAt, lastNumber);
     change.finish();
     return id;
 }
@@ -279,9 +277,9 @@ void TableFile::update(RowId row, std::span<const std::pair<int, Value>> changes
             continue;
         const auto* number = std::get_if<std::int32_t>(changed[i]);
         PageBytes& head = m_space.pager.modify(m_page);
-        const auto last = static_cast<std::int32_t>(load32(head.data() + TableDefinition::lastNumberAt));
+        const auto last = static_cast<std::int32_t>(load32(head.data() + definition::lastNumberAt));
         if (number != nullptr && *number > last && !isRandomNumber(m_columns[i]))
-            store(head.data() + TableDefinition::lastNumberAt, *number);
+            store(head.data() + definition::lastNumberAt, *number);
     }
     change.finish();
 }
@@ -300,7 +298,7 @@ void TableFile::storeRow(RowId row, RowId place, const Bytes& bytes)
     if (place != row)
         removeTarget(place);
     // Room is made before the new place is looked for: a stub never points at its own page's old bytes.
-    Bytes stub(stubLength, 0);
+    Bytes stub(datapage::pointerLength, 0);
     if (!datapage::replace(pager.modify(row.page), row.slot, stub, datapage::SlotKind::Stub))
         throw Error(ErrorKind::TooLong, "A página do registro não tem espaço para deslocá-lo.");
     const RowId target = placeRow(bytes, true);
@@ -330,7 +328,7 @@ void TableFile::erase(RowId row)
         if (keys[i])
             indexErase(i, *keys[i], row);
     }
-    addToCounter(m_space.pager, m_page, TableDefinition::rowCountAt, -1);
+    addToCounter(m_space.pager, m_page, definition::rowCountAt, -1);
     change.finish();
 }
 

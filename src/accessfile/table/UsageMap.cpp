@@ -10,7 +10,21 @@ namespace accessfile {
 
 namespace {
 
+// A map is a row in one of two shapes, told by its first byte:
+//
+//   offset size
+//        0    1  0: a bitmap follows
+//        1    4  page of its first bit, a multiple of 8
+//        5    n  bits of the pages from there, lowest bit first
+//
+//        0    1  1: references follow
+//        1   4n  pages of type 5, 0 for none: 4 bytes of header, then the bits of 32736 pages each
+constexpr std::size_t startAt = 1;
 constexpr std::size_t inlineHeader = 5;
+constexpr std::size_t referencesAt = 1;
+constexpr std::size_t referenceLength = 4;
+constexpr std::uint8_t inlineShape = 0;
+constexpr std::uint8_t referenceShape = 1;
 constexpr std::size_t usualRowLength = 69;
 constexpr std::size_t bitmapHeader = 4;
 constexpr std::size_t bitmapPageBits = (pageSize - bitmapHeader) * 8;
@@ -33,11 +47,14 @@ struct MapView
     ByteView row;
     std::size_t offset = 0;
 
-    [[nodiscard]] bool inlineBits() const { return row[0] == 0; }
-    [[nodiscard]] std::uint64_t start() const { return load32(row.data() + 1); }
+    [[nodiscard]] bool inlineBits() const { return row[0] == inlineShape; }
+    [[nodiscard]] std::uint64_t start() const { return load32(row.data() + startAt); }
     [[nodiscard]] ByteView bits() const { return row.subspan(inlineHeader); }
-    [[nodiscard]] std::size_t references() const { return (row.size() - 1) / 4; }
-    [[nodiscard]] PageNumber reference(std::size_t index) const { return load32(row.data() + 1 + 4 * index); }
+    [[nodiscard]] std::size_t references() const { return (row.size() - referencesAt) / referenceLength; }
+    [[nodiscard]] PageNumber reference(std::size_t index) const
+    {
+        return load32(row.data() + referencesAt + referenceLength * index);
+    }
 };
 
 MapView viewOf(const Pager& pager, RowId where)
@@ -46,7 +63,7 @@ MapView viewOf(const Pager& pager, RowId where)
     view.page = pager.page(where.page);
     view.row = datapage::row(*view.page, where.slot);
     view.offset = static_cast<std::size_t>(view.row.data() - view.page->data());
-    if (view.row.size() < inlineHeader || view.row[0] > 1)
+    if (view.row.size() < inlineHeader || view.row[0] > referenceShape)
         throwDamaged("mapa de páginas");
     return view;
 }
@@ -221,7 +238,7 @@ void UsageMap::add(PageNumber page, PageAllocator& allocator)
         PageBytes& bytes = m_pager.modify(m_row.page);
         std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(view.offset + inlineHeader), capacity / 8,
                     std::uint8_t{0});
-        store32(bytes.data() + view.offset + 1, start);
+        store32(bytes.data() + view.offset + startAt, start);
         for (const PageNumber each : all)
             setBit(bytes.data() + view.offset + inlineHeader, each - start, true);
         return;
@@ -233,9 +250,8 @@ void UsageMap::add(PageNumber page, PageAllocator& allocator)
     if (bitmap == 0) {
         bitmap = allocator.allocate();
         PageBytes& fresh = m_pager.modify(bitmap);
-        fresh[0] = static_cast<std::uint8_t>(PageType::Bitmap);
-        fresh[1] = 1;
-        store32(m_pager.modify(m_row.page).data() + view.offset + 1 + 4 * part, bitmap);
+        setType(fresh, PageType::Bitmap);
+        store32(m_pager.modify(m_row.page).data() + view.offset + referencesAt + referenceLength * part, bitmap);
     } else {
         static_cast<void>(bitmapPage(m_pager, bitmap));
     }
@@ -245,7 +261,7 @@ void UsageMap::add(PageNumber page, PageAllocator& allocator)
 void UsageMap::convertToReference(const std::vector<PageNumber>& pages, PageAllocator& allocator)
 {
     Bytes empty(usualRowLength, 0);
-    empty[0] = 1;
+    empty[0] = referenceShape;
     if (!datapage::replace(m_pager.modify(m_row.page), m_row.slot, empty, datapage::SlotKind::Live))
         throwDamaged("mapa de páginas sem espaço");
     for (const PageNumber page : pages)

@@ -55,15 +55,6 @@ FieldType fieldType(ColumnType type)
     }
 }
 
-double numericToDouble(const accessfile::Numeric& value)
-{
-    double number = 0;
-    for (const std::uint32_t word : value.magnitude)
-        number = number * 4294967296.0 + word;
-    number /= std::pow(10.0, value.scale);
-    return value.negative ? -number : number;
-}
-
 /// Fills a row set cell by cell; each cell goes the way of its own type into the field's.
 class RowSetSink : public accessfile::RowSink
 {
@@ -156,7 +147,7 @@ private:
             return static_cast<double>(money->scaled) / 10'000;
         if (const auto* date = std::get_if<accessfile::DateTime>(&value))
             return date->serial;
-        return numericToDouble(std::get<accessfile::Numeric>(value));
+        return accessfile::toDouble(std::get<accessfile::Numeric>(value));
     }
 
     static QByteArray hexadecimal(const std::uint8_t* bytes, std::size_t size)

@@ -57,13 +57,22 @@ QByteArray driverLibrary(const QByteArray& content)
     return QByteArrayLiteral("libmaodbc.so");
 }
 
+constexpr QFileDevice::Permissions OwnFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+
+/// A copy of a registration may hold passwords: only its owner reads it.
 bool writeIfDifferent(const QString& path, const QByteArray& content)
 {
     if (contentOf(path) == content && QFile::exists(path)) {
-        return true;
+        return QFile::setPermissions(path, OwnFile);
     }
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.setPermissions(OwnFile) && file.write(content) == content.size() &&
+           file.commit();
+}
+
+bool makeOwnFolder(const QString& path)
+{
+    return QDir().mkpath(path) && QFile::setPermissions(path, OwnFile | QFileDevice::ExeOwner);
 }
 
 void writeRegistration()
@@ -76,13 +85,15 @@ void writeRegistration()
         hasSection(contentOf(QDir::homePath() + QStringLiteral("/.odbcinst.ini")), driver)) {
         return;
     }
-    const QString folder =
-        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/planilha/odbc");
+    const QString cache =
+        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/planilha");
+    const QString folder = cache + QStringLiteral("/odbc");
     // Threading=0: a connect that waits for a mute host must not hold the lock of every other call.
     const QByteArray ours =
         '[' + driver + "]\nDescription=Planilha de Bombas\nDriver=" + driverLibrary(drivers) + "\nThreading=0\n";
     const bool written =
-        QDir().mkpath(folder) && writeIfDifferent(folder + QLatin1Char('/') + systemName, drivers + '\n' + ours) &&
+        makeOwnFolder(cache) && makeOwnFolder(folder) &&
+        writeIfDifferent(folder + QLatin1Char('/') + systemName, drivers + '\n' + ours) &&
         writeIfDifferent(folder + QStringLiteral("/odbc.ini"), contentOf(systemFolder + QStringLiteral("/odbc.ini")));
     if (written) { // Else connecting fails with the driver manager's own words about the missing driver.
         qputenv("ODBCSYSINI", QFile::encodeName(folder));

@@ -169,6 +169,15 @@ void appendCell(RowSet& rows, const ResultColumn& column, SQLSMALLINT cType, std
     case SQL_C_SBIGINT:
         rows.appendLong(valueIn<SQLBIGINT>(cell));
         break;
+    case SQL_C_SLONG:
+        rows.appendLong(valueIn<SQLINTEGER>(cell));
+        break;
+    case SQL_C_WCHAR: {
+        QString text(static_cast<qsizetype>(cell.size() / sizeof(char16_t)), Qt::Uninitialized);
+        std::memcpy(text.data(), cell.data(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
+        rows.appendText(text.toUtf8());
+        break;
+    }
     case SQL_C_DOUBLE:
         rows.appendDouble(valueIn<SQLDOUBLE>(cell));
         break;
@@ -184,13 +193,29 @@ void appendCell(RowSet& rows, const ResultColumn& column, SQLSMALLINT cType, std
     }
 }
 
+/// Narrow texts are UTF-8 on Linux, where they cost a fraction of wide ones, and of the system's code page on Windows.
+#ifdef Q_OS_WIN
+constexpr SQLSMALLINT TextType = SQL_C_WCHAR;
+#else
+constexpr SQLSMALLINT TextType = SQL_C_CHAR;
+#endif
+
+SQLLEN closingZero(SQLSMALLINT cType)
+{
+    return cType == SQL_C_WCHAR ? sizeof(SQLWCHAR) : cType == SQL_C_CHAR ? 1 : 0;
+}
+
 /// How a column is asked of the driver: numbers and dates in their own form, which spares both sides a text; where
 /// that would lose something (single precision, decimals, times beyond a day), and for texts, as characters.
 SQLSMALLINT cTypeOf(const ResultColumn& column)
 {
     switch (column.field.type) {
     case FieldType::Long:
-        return column.sqlType == SQL_BIT ? SQL_C_CHAR : SQL_C_SBIGINT;
+        if (column.sqlType == SQL_BIT)
+            return SQL_C_CHAR;
+        // Access drivers know no integer of 64 bits.
+        return column.sqlType == SQL_BIGINT || (column.sqlType == SQL_INTEGER && column.isUnsigned) ? SQL_C_SBIGINT
+                                                                                                    : SQL_C_SLONG;
     case FieldType::Double:
         return column.sqlType == SQL_DOUBLE ? SQL_C_DOUBLE : SQL_C_CHAR;
     case FieldType::Currency:
@@ -202,7 +227,7 @@ SQLSMALLINT cTypeOf(const ResultColumn& column)
     }
     const bool isBinary =
         column.sqlType == SQL_BINARY || column.sqlType == SQL_VARBINARY || column.sqlType == SQL_LONGVARBINARY;
-    return isBinary ? SQL_C_BINARY : SQL_C_CHAR;
+    return isBinary ? SQL_C_BINARY : TextType;
 }
 
 /// Buffers of one column for a whole block of rows.
@@ -222,6 +247,8 @@ BoundColumn planColumn(const ResultColumn& column)
     constexpr SQLULEN BytesPerCharacter = 4;
     if (bound.cType == SQL_C_SBIGINT) {
         bound.width = sizeof(SQLBIGINT);
+    } else if (bound.cType == SQL_C_SLONG) {
+        bound.width = sizeof(SQLINTEGER);
     } else if (bound.cType == SQL_C_DOUBLE) {
         bound.width = sizeof(SQLDOUBLE);
     } else if (bound.cType == SQL_C_TYPE_TIMESTAMP) {
@@ -231,7 +258,7 @@ BoundColumn planColumn(const ResultColumn& column)
     } else if (column.size == 0 || column.size > static_cast<SQLULEN>(LongestBound) / BytesPerCharacter) {
         bound.isBound = false;
     } else {
-        bound.width = static_cast<SQLLEN>(column.size * BytesPerCharacter + 1);
+        bound.width = static_cast<SQLLEN>(column.size * BytesPerCharacter) + closingZero(bound.cType);
     }
     return bound;
 }
@@ -255,7 +282,7 @@ std::optional<std::string> longCell(const Statement& statement, SQLUSMALLINT num
         if (length == SQL_NULL_DATA) {
             return std::nullopt;
         }
-        const auto room = static_cast<SQLLEN>(piece.size()) - (cType == SQL_C_CHAR ? 1 : 0);
+        const SQLLEN room = static_cast<SQLLEN>(piece.size()) - closingZero(cType);
         const bool isLast = length != SQL_NO_TOTAL && length <= room;
         value.append(piece.data(), static_cast<std::size_t>(isLast ? length : room));
         if (isLast) {
@@ -288,8 +315,9 @@ std::vector<ResultColumn> describeColumns(const Statement& statement, const QStr
               statement, text);
         SQLLEN isUnsigned = SQL_FALSE;
         SQLColAttributeW(statement.get(), number, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
+        column.isUnsigned = isUnsigned == SQL_TRUE;
         column.field.name = QString::fromUtf16(reinterpret_cast<const char16_t*>(name.data()));
-        column.field.type = fieldType(column.sqlType, column.size, scale, isUnsigned == SQL_TRUE);
+        column.field.type = fieldType(column.sqlType, column.size, scale, column.isUnsigned);
     }
     return columns;
 }

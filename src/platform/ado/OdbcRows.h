@@ -13,6 +13,7 @@ struct ResultColumn
     Field field;
     SQLSMALLINT sqlType = 0;
     SQLULEN size = 0; ///< Characters or digits.
+    bool isUnsigned = false;
 };
 
 /// Columns of the statement's result; empty when it has none. `text` is the statement, for the error.

@@ -3,6 +3,7 @@
 #include "platform/vb/Date.h"
 
 #include <QLocale>
+#include <QTimeZone>
 
 #include <cmath>
 #include <cstdlib>
@@ -50,7 +51,7 @@ QString dateText(vb::Date value)
 {
     const double days = std::trunc(value.serial);
     const auto seconds = static_cast<qint64>(std::llround(std::abs(value.serial - days) * 86400.0));
-    const QDateTime moment(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), Qt::UTC);
+    const QDateTime moment(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), QTimeZone::utc());
     return moment.addSecs(seconds).toString(seconds == 0 ? QStringLiteral("yyyy-MM-dd")
                                                          : QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }

@@ -5,6 +5,17 @@
 
 namespace ado {
 
+namespace {
+
+constexpr QLatin1StringView AccessDriver("Microsoft Access Driver (*.mdb)");
+
+} // namespace
+
+bool hasAccessDriver()
+{
+    return odbc::isDriverInstalled(AccessDriver);
+}
+
 std::unique_ptr<Session> openSession(const OpenRequest& request)
 {
     const QString provider = connectionAttribute(request.connectionString, u"Provider");
@@ -12,9 +23,8 @@ std::unique_ptr<Session> openSession(const OpenRequest& request)
         return openAccessSession(request);
     }
     const QString driver = connectionAttribute(request.connectionString, u"Driver");
-    const bool isAccess =
-        driver.compare(QLatin1StringView("Microsoft Access Driver (*.mdb)"), Qt::CaseInsensitive) == 0;
-    if (isAccess && !odbc::isDriverInstalled(driver)) {
+    // An installed driver that cannot connect has the last word: it may know of others that have the file open.
+    if (driver.compare(AccessDriver, Qt::CaseInsensitive) == 0 && !hasAccessDriver()) {
         return openAccessSession(request);
     }
     return openOdbcSession(request);

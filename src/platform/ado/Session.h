@@ -50,6 +50,9 @@ struct OpenRequest
 /// installed, else the Access engine for Access strings. Raises ado::Error.
 [[nodiscard]] std::unique_ptr<Session> openSession(const OpenRequest& request);
 
+/// Whether an ODBC driver of the name in the program's Access string is installed, and so serves the data file.
+[[nodiscard]] bool hasAccessDriver();
+
 /// The two providers behind openSession.
 [[nodiscard]] std::unique_ptr<Session> openOdbcSession(const OpenRequest& request);
 [[nodiscard]] std::unique_ptr<Session> openAccessSession(const OpenRequest& request);

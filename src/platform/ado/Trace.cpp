@@ -18,7 +18,9 @@ void append(QLatin1StringView kind, const QString& statement)
     line.replace(QLatin1Char('\r'), QStringLiteral("\\n"));
     QFile file(path);
     // A trace that cannot be written must not stop the station's work.
-    if (file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
+    // Statements hold typed passwords: nobody else reads a trace that is made here.
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
+                  QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
         file.write((kind + line + QLatin1Char('\n')).toUtf8());
     }
 }

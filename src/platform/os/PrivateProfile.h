@@ -3,9 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
-// The settings file in the manner of the Windows private profile functions: Windows-1252 text, sections and keys
-// without regard to case, the first match wins, blanks around key and value trimmed, one pair of enclosing quotes
-// removed.
+// The settings file: on Windows the system's private profile functions, elsewhere in their manner: Windows-1252 text,
+// sections and keys without regard to case, the first match wins, blanks around key and value trimmed, one pair of
+// enclosing quotes removed.
 namespace platform {
 
 /// Value of `key` in [`section`], at most `bufferSize` - 1 bytes of it; `fallback` when file, section or key is

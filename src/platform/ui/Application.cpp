@@ -1,13 +1,15 @@
 #include "platform/ui/Application.h"
 
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/PlainText.h"
-#include "platform/ui/PortugueseTexts.h"
 #include "platform/ui/VisibleFocus.h"
 
 #include <QApplication>
 #include <QFont>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QPalette>
+#include <QTranslator>
 
 #include <clocale>
 
@@ -41,6 +43,35 @@ QPalette calmPalette()
     return palette;
 }
 
+/// The toolkit moved its names of folders and drives to another class; its catalogue has them under the old one.
+class Catalogue : public QTranslator
+{
+public:
+    using QTranslator::QTranslator;
+    [[nodiscard]] QString translate(const char* context, const char* text, const char* comment, int n) const override
+    {
+        const QString found = QTranslator::translate(context, text, comment, n);
+        return found.isNull() && qstrcmp(context, "QAbstractFileIconProvider") == 0
+                   ? QTranslator::translate("QFileDialog", text, comment, n)
+                   : found;
+    }
+};
+
+/// The toolkit's own texts (button texts, edit menus, print and file dialogs) from its Portuguese catalogue, where the
+/// toolkit lies or, packed with the program, in "translations" beside it. Without it they are English.
+void installPortugueseTexts(QApplication& application)
+{
+    auto* texts = new Catalogue(&application);
+    for (const QString& folder : {QLibraryInfo::path(QLibraryInfo::TranslationsPath),
+                                  QApplication::applicationDirPath() + QStringLiteral("/translations")}) {
+        if (texts->load(QStringLiteral("qtbase_pt_BR"), folder)) {
+            QApplication::installTranslator(texts);
+            return;
+        }
+    }
+    qWarning("No catalogue qtbase_pt_BR.qm: the buttons of the toolkit are in English.");
+}
+
 } // namespace
 
 void prepareApplication(QApplication& application)
@@ -50,8 +81,9 @@ void prepareApplication(QApplication& application)
     QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
     // Not the display name: that would be added to every window title.
     application.setApplicationName(QStringLiteral("Planilha de Bombas"));
-    QApplication::installTranslator(new PortugueseTexts(&application));
+    installPortugueseTexts(application);
 
+    InputQueue::install(application);
     new PlainTexts(application); // Owned by the application.
     QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());

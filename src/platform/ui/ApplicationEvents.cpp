@@ -1,13 +1,15 @@
+#include "platform/ui/InputQueue.h"
 #include "platform/ui/RealSeams.h"
 
 #include <QCoreApplication>
-#include <QScopedValueRollback>
 
 namespace platform {
 
 namespace {
 
 constexpr qint64 pauseMilliseconds = 10;
+/// With a key or click waiting the loop hurries on; the window still repaints and scrolls.
+constexpr qint64 hurriedMilliseconds = 200;
 
 } // namespace
 
@@ -18,12 +20,10 @@ ApplicationEvents::ApplicationEvents()
 
 void ApplicationEvents::DoEvents()
 {
-    if (m_sinceLast.elapsed() < pauseMilliseconds)
+    if (m_sinceLast.elapsed() < (InputQueue::isWaiting() ? hurriedMilliseconds : pauseMilliseconds))
         return;
-    const QScopedValueRollback<int> depth(m_depth, m_depth + 1);
-    // Inside a handler that these events started, keys and clicks wait in the queue: a key held down must not pile one
-    // unfinished loop on another.
-    QCoreApplication::processEvents(m_depth > 1 ? QEventLoop::ExcludeUserInputEvents : QEventLoop::AllEvents);
+    const InputQueue::Busy handler;
+    QCoreApplication::processEvents();
     m_sinceLast.restart();
 }
 

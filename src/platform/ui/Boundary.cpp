@@ -2,6 +2,7 @@
 
 #include "platform/ado/Error.h"
 #include "platform/print/Printers.h"
+#include "platform/ui/InputQueue.h"
 #include "platform/vb/Error.h"
 
 #include <new>
@@ -37,6 +38,7 @@ void tell(Messages& messages) noexcept
 
 bool quietly(const std::function<void()>& work) noexcept
 {
+    const InputQueue::Busy handler;
     try {
         work();
         return true;
@@ -47,6 +49,7 @@ bool quietly(const std::function<void()>& work) noexcept
 
 bool orTell(Messages& messages, const std::function<void()>& work) noexcept
 {
+    const InputQueue::Busy handler;
     try {
         work();
         return true;

@@ -5,7 +5,8 @@
 #include <exception>
 #include <functional>
 
-// The boundary of every handler: nothing throws through the event loop. One function per policy that the domain names.
+// The boundary of every handler: nothing throws through the event loop, and keys and clicks that come meanwhile wait
+// until it has returned (InputQueue). One function per policy.
 namespace platform {
 
 /// Text of an error as the operator sees it: run-time error number and the error's own text.

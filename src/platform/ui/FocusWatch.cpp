@@ -3,8 +3,9 @@
 #include <QCoreApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
-#include <QTimer>
 #include <QWidget>
+
+#include <utility>
 
 namespace platform {
 
@@ -19,12 +20,16 @@ bool FocusWatch::eventFilter(QObject* watched, QEvent* event)
     if (event->type() != QEvent::FocusIn && event->type() != QEvent::FocusOut)
         return QObject::eventFilter(watched, event);
     const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-    if (reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason)
-        return false;
-    if (event->type() == QEvent::FocusIn)
+    const bool passing =
+        reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason;
+    if (event->type() == QEvent::FocusOut) {
+        m_away = passing;
+        if (!passing)
+            Q_EMIT LostFocus();
+    } else if (!passing || !std::exchange(m_away, false)) {
+        // Given the focus while another window was in front, a widget gets it when its own window is active again.
         Q_EMIT GotFocus(reason);
-    else
-        Q_EMIT LostFocus();
+    }
     return false;
 }
 
@@ -34,12 +39,13 @@ void sendF4OnFocus(QWidget* widget)
     QObject::connect(watch, &FocusWatch::GotFocus, widget, [widget](Qt::FocusReason reason) {
         if (reason == Qt::MouseFocusReason)
             return;
-        QTimer::singleShot(0, widget, [widget] {
+        const auto send = [widget] {
             if (!widget->hasFocus())
                 return;
             QKeyEvent f4(QEvent::KeyPress, Qt::Key_F4, Qt::NoModifier);
             QCoreApplication::sendEvent(widget, &f4);
-        });
+        };
+        QMetaObject::invokeMethod(widget, send, Qt::QueuedConnection); // before any key that waits
     });
 }
 

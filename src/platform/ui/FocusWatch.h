@@ -21,6 +21,9 @@ public:
 Q_SIGNALS:
     void GotFocus(Qt::FocusReason reason);
     void LostFocus();
+
+private:
+    bool m_away = false; ///< The focus is elsewhere for the moment and comes back.
 };
 
 /// Has a widget get an F4 key right after the focus: a drop-down list opens. Not after a press with the mouse, which

@@ -1,5 +1,7 @@
 #include "platform/ui/KeyFilter.h"
 
+#include "platform/vb/TypedNumber.h"
+
 #include <QAction>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -64,7 +66,7 @@ bool KeyFilter::input(QEvent& event)
         const QClipboard& clipboard = *QGuiApplication::clipboard();
         if (mouse.button() != Qt::MiddleButton || !clipboard.supportsSelection())
             return false;
-        type(clipboard.text(QClipboard::Selection));
+        paste(clipboard.text(QClipboard::Selection));
         return true;
     }
     case QEvent::ContextMenu:
@@ -79,7 +81,7 @@ bool KeyFilter::keyPress(const QKeyEvent& event)
 {
     if (event.matches(QKeySequence::Paste) ||
         (event.key() == Qt::Key_Insert && event.modifiers().testFlag(Qt::ShiftModifier))) {
-        type(QGuiApplication::clipboard()->text());
+        paste(QGuiApplication::clipboard()->text());
         return true;
     }
     switch (event.key()) {
@@ -108,6 +110,12 @@ bool KeyFilter::keyPress(const QKeyEvent& event)
     return true;
 }
 
+/// A formatted number must not get decimal commas out of its thousands points.
+void KeyFilter::paste(const QString& text)
+{
+    type(vb::pastedNumber(text));
+}
+
 void KeyFilter::type(const QString& text)
 {
     const QPointer<QLineEdit> alive(&m_box);
@@ -131,7 +139,7 @@ void KeyFilter::replaceEditMenu(QContextMenuEvent& event)
         // The text is all that tells the actions apart; the shortcut follows it after a tab.
         if (action->text().section(u'\t', 0, 0) == QLineEdit::tr("&Paste")) {
             action->disconnect(&m_box);
-            connect(action, &QAction::triggered, this, [this] { type(QGuiApplication::clipboard()->text()); });
+            connect(action, &QAction::triggered, this, [this] { paste(QGuiApplication::clipboard()->text()); });
         }
     }
     menu->popup(event.globalPos());

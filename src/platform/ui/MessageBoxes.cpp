@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -30,6 +31,37 @@ QMessageBox::Icon iconOf(int style)
         return QMessageBox::Warning;
     }
 }
+
+/// S and N answer at once. The box itself would press its button a tenth of a second later, and the keys that follow
+/// would still be the box's.
+class AnswersByLetter : public QObject
+{
+public:
+    explicit AnswersByLetter(QMessageBox& box)
+        : QObject(&box)
+        , m_box(box)
+    {
+        box.installEventFilter(this);
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched != &m_box || event->type() != QEvent::KeyPress)
+            return false;
+        const auto& key = *static_cast<const QKeyEvent*>(event);
+        if (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+            return false;
+        for (QAbstractButton* const button : m_box.buttons()) {
+            if (!button->shortcut().isEmpty() && button->shortcut()[0].key() == key.key()) {
+                button->click();
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    QMessageBox& m_box;
+};
 
 } // namespace
 
@@ -69,6 +101,7 @@ MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QStrin
     QPushButton* const preferred = second && (style & vbDefaultButton2) ? second : first;
     box->setDefaultButton(preferred);
     preferred->setFocus();
+    new AnswersByLetter(*box);
 
     const QPointer<QWidget> window = owner;
     const bool waiting = QGuiApplication::overrideCursor() != nullptr;

@@ -20,8 +20,8 @@ private:
     [[nodiscard]] QDateTime read() const override { return QDateTime::currentDateTime(); }
 };
 
-/// Runs pending events at most every few milliseconds, so that loops may call it for each of 100,000 rows. Called again
-/// by a handler that it has started, it repaints and runs timers but leaves keys and clicks for later.
+/// Runs pending events at most every few milliseconds, so that loops may call it for each of 100,000 rows; more rarely
+/// while a key or click waits. Those are never handed on from here (InputQueue).
 class ApplicationEvents : public EventPump
 {
 public:
@@ -30,7 +30,6 @@ public:
 
 private:
     QElapsedTimer m_sinceLast;
-    int m_depth = 0;
 };
 
 } // namespace platform

@@ -1,0 +1,27 @@
+# planilha_windows_program(TARGET DESCRIPTION): icon, version information and manifest of a program for Windows.
+# The icon is drawn from packaging/planilha.svg.
+if(WIN32)
+  find_program(RSVG_CONVERT rsvg-convert REQUIRED)
+  find_program(ICOTOOL icotool REQUIRED)
+  set(PLANILHA_ICON ${CMAKE_BINARY_DIR}/planilha.ico)
+  set(drawing ${PROJECT_SOURCE_DIR}/packaging/planilha.svg)
+  set(pictures)
+  set(sizes 16 20 24 32 40 48 64 256)
+  foreach(size ${sizes})
+    set(picture ${CMAKE_BINARY_DIR}/planilha-${size}.png)
+    execute_process(COMMAND ${RSVG_CONVERT} --width ${size} --height ${size} --output ${picture} ${drawing}
+      COMMAND_ERROR_IS_FATAL ANY)
+    list(APPEND pictures ${picture})
+  endforeach()
+  execute_process(COMMAND ${ICOTOOL} --create --output ${PLANILHA_ICON} ${pictures} COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${drawing})
+endif()
+
+function(planilha_windows_program target FILE_DESCRIPTION)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(FILE_NAME ${target})
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
+  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+endfunction()

@@ -33,6 +33,12 @@ std::optional<vb::Currency> product(std::optional<qint64> one, std::optional<qin
     return vb::Currency::fromScaled(*one * *other);
 }
 
+void paintLastRow(platform::FlexGrid& flex2)
+{
+    Module1::pinta_celula(flex2, Litres, LitresColour);
+    Module1::pinta_celula(flex2, Value, ValueColour);
+}
+
 } // namespace
 
 void formataflex2(platform::FlexGrid& flex2)
@@ -46,11 +52,16 @@ void formataflex2(platform::FlexGrid& flex2)
         flex2.setColWidth(column, widths[column]);
 }
 
-void add(platform::FlexGrid& flex2, QByteArrayView line)
+void add(platform::FlexGrid& flex2, QByteArrayView cells)
 {
-    flex2.AddItem(line);
-    Module1::pinta_celula(flex2, Litres, LitresColour);
-    Module1::pinta_celula(flex2, Value, ValueColour);
+    flex2.AddItem(cells);
+    paintLastRow(flex2);
+}
+
+void add(platform::FlexGrid& flex2, const QStringList& cells)
+{
+    flex2.AddItem(cells);
+    paintLastRow(flex2);
 }
 
 Totals& Totals::operator+=(const Totals& other)
@@ -123,15 +134,19 @@ void PumpSum::add(const Reading& reading)
     lastKey = reading.key();
 }
 
-QString PumpSum::line(const QString& pump, const QString& description) const
+QStringList PumpSum::cells(const QString& pump, const QString& description) const
 {
-    constexpr QChar tab = u'\t';
     const vb::Decimal litres = totals.litres.toDecimal();
     const double divisor = litres.isZero() ? 1.0 : litres.toDouble();
-    return pump + tab + description + tab + formatted(previous) + tab + QStringLiteral("-> ") + formatted(current) +
-           tab + vb::Format(firstDate, u"DD/MM/YY") + tab + formatted(totals.litres) + tab +
-           vb::Format(totals.value.toDecimal().toDouble() / divisor, u"##,#0.000") + tab + formatted(totals.value) +
-           tab + lastKey.textOrEmpty();
+    return {pump,
+            description,
+            formatted(previous),
+            QStringLiteral("-> ") + formatted(current),
+            vb::Format(firstDate, u"DD/MM/YY"),
+            formatted(totals.litres),
+            vb::Format(totals.value.toDecimal().toDouble() / divisor, u"##,#0.000"),
+            formatted(totals.value),
+            lastKey.textOrEmpty()};
 }
 
 QString PumpSum::toolTip() const

@@ -20,7 +20,8 @@ enum Column { Pump, Description, Previous, Current, Date, Litres, Price, Value, 
 void formataflex2(platform::FlexGrid& flex2);
 
 /// Adds a row of UTF-8 cells; its litres and value cells get their pale colours.
-void add(platform::FlexGrid& flex2, QByteArrayView line);
+void add(platform::FlexGrid& flex2, QByteArrayView cells);
+void add(platform::FlexGrid& flex2, const QStringList& cells);
 
 struct Totals
 {
@@ -78,7 +79,7 @@ struct PumpSum
 
     void add(const Reading& reading);
     /// The row of the consolidated list.
-    [[nodiscard]] QString line(const QString& pump, const QString& description) const;
+    [[nodiscard]] QStringList cells(const QString& pump, const QString& description) const;
     [[nodiscard]] QString toolTip() const;
 };
 

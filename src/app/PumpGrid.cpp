@@ -28,7 +28,7 @@ QString tankDigit(const QString& tank)
     return tank.mid(7, 1);
 }
 
-QString line(const ado::Recordset& pumps, ado::Connection& connection)
+QStringList line(const ado::Recordset& pumps, ado::Connection& connection)
 {
     QStringList cells;
     for (int i = 0; i < Columns; ++i)
@@ -43,7 +43,7 @@ QString line(const ado::Recordset& pumps, ado::Connection& connection)
     step(Price, [&] { return price(connection, pumps.Fields(u"prodvinculado")); });
     step(StockCode, [&] { return pumps.Fields(u"prodvinculado").textOrEmpty(); });
     step(Tank, [&] { return tankDigit(pumps.Fields(u"tanq").textOrEmpty()); });
-    return cells.join(u'\t');
+    return cells;
 }
 
 } // namespace

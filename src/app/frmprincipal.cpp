@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMenu>
+#include <QScreen>
 #include <QSignalBlocker>
 
 #include <chrono>
@@ -45,7 +46,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     m_ui->flex->setStretchColumn(PumpGrid::Description);
     m_ui->flex2->setStretchColumn(HistoryRows::Description);
     m_ui->FlexD->setStretchColumn(1);
-    m_ui->flexG->setStretchColumn(EntryGrid::Tank);
+    m_ui->flexG->setStretchColumn(EntryGrid::Calibration); // The tank keeps its width on a small screen.
 
     new platform::KeyFilter(m_ui->Text1, [this](int code) { return text1Key(code); });
     new platform::KeyFilter(m_ui->Text2, [](int code) { return code; }); // For the keypad's decimal key.
@@ -57,6 +58,10 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     connectControls();
     connectMenus();
     lb_Change();
+    // Descriptions of 30 letters show whole in every grid, where the screen has the room. The frame takes its part.
+    constexpr QSize roomy(1250, 800);
+    constexpr QSize frame(8, 32);
+    resize(roomy.boundedTo(screen()->availableGeometry().size() - frame).expandedTo(size()));
     new platform::WindowPlacement(this);
     qApp->installEventFilter(this);
 }

@@ -91,7 +91,7 @@ void frmprincipal::carrega_flex1Consolidado()
             if (!fill.goesOn())
                 return;
         }
-        HistoryRows::add(flex2, sum.line(pump, Module1::descritivo_bomba(m_services.DataConnection, pump)).toUtf8());
+        HistoryRows::add(flex2, sum.cells(pump, Module1::descritivo_bomba(m_services.DataConnection, pump)));
         flex2.setRowToolTip(flex2.Rows() - 1, sum.toolTip());
         totals += sum.totals;
     }

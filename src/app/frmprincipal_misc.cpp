@@ -40,9 +40,9 @@ void frmprincipal::carrega_flexD()
     items.Open(QStringLiteral("Select * from EstoqueDiversos order by discriminacao;"), m_services.DataConnection);
     for (; !items.Eof(); items.MoveNext()) {
         const QString code = items.Fields(u"codigo").textOrEmpty();
-        flexD.AddItem(code + u'\t' + items.Fields(u"Discriminacao").textOrEmpty() + u'\t' +
-                      vb::Format(items.Fields(u"quantidade"), u"##,#0.00") + u'\t' +
-                      Module1::soma_deb_dia(m_services, code).textOrEmpty());
+        flexD.AddItem(QStringList{code, items.Fields(u"Discriminacao").textOrEmpty(),
+                                  vb::Format(items.Fields(u"quantidade"), u"##,#0.00"),
+                                  Module1::soma_deb_dia(m_services, code).textOrEmpty()});
         if (!fill.goesOn())
             return;
     }

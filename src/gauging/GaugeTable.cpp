@@ -3,6 +3,8 @@
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
+#include <QHash>
+
 namespace GaugeTable {
 
 namespace {
@@ -18,6 +20,12 @@ QStringList tankNames()
     for (int number = 1; number <= TankCount; ++number)
         names << QStringLiteral("TANQUE_") + QString::number(number);
     return names;
+}
+
+int& changesOf(const QString& tank)
+{
+    static QHash<QString, int> changes;
+    return changes[tank];
 }
 
 QString litresText(const vb::Variant& litres)

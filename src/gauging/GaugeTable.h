@@ -13,6 +13,9 @@ namespace GaugeTable {
 /// TANQUE_1 to TANQUE_5: names of the tanks and of their gauge tables. The number is fixed.
 [[nodiscard]] QStringList tankNames();
 
+/// Counts the changes that this program has made to a tank's table; a list that was read at another count is old.
+[[nodiscard]] int& changesOf(const QString& tank);
+
 /// Litres as they are shown: without thousands points, right-aligned in six characters; a longer text is kept whole.
 [[nodiscard]] QString litresText(const vb::Variant& litres);
 [[nodiscard]] QString lineText(const vb::Variant& centimetres, const vb::Variant& litres);

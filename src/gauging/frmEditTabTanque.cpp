@@ -88,8 +88,8 @@ void frmEditTabTanque::carrega_tabela()
         const int centimetres = table.fieldIndex(u"cmA");
         const int litres = table.fieldIndex(u"ltsA");
         for (; !table.Eof(); table.MoveNext()) {
-            m_ui->flex->AddItem(table.Fields(id).textOrEmpty() + u'\t' + table.Fields(centimetres).textOrEmpty() +
-                                u'\t' + GaugeTable::litresText(table.Fields(litres)));
+            m_ui->flex->AddItem(QStringList{table.Fields(id).textOrEmpty(), table.Fields(centimetres).textOrEmpty(),
+                                            GaugeTable::litresText(table.Fields(litres))});
             if (!fill.goesOn())
                 return;
         }
@@ -148,5 +148,6 @@ void frmEditTabTanque::confirma()
     m_services.DataConnection.Execute(
         QStringLiteral("Update ") + m_ui->Combo1->currentText() + QStringLiteral(" set cmA = '") + m_ui->Text1->text() +
         QStringLiteral("', ltsA = '") + m_ui->Text2->text() + QStringLiteral("' where id = ") + m_ui->lb_2->text());
+    ++GaugeTable::changesOf(m_ui->Combo1->currentText());
     carrega_tabela();
 }

@@ -59,6 +59,7 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
 
     m_ui->DTP->setValue(m_services.clock.today());
     m_ui->Combo1->addItems(GaugeTable::tankNames());
+    m_changesSeen = GaugeTable::changesOf(m_ui->Combo1->currentText());
 
     // The same tank chosen again reads its table again.
     connect(m_ui->Combo1, &platform::ComboBox::Click, this, [this] { handle([this] { escolhe_tanque(); }); });
@@ -87,7 +88,22 @@ bool frmReguaL::event(QEvent* event)
         m_ui->List1->setEnabled(true);
         m_ui->List1->setFocus();
     }
+    if (event->type() == QEvent::WindowActivate)
+        atualiza_tabela();
     return StationWindow::event(event);
+}
+
+/// Reads the shown table again where the editor has changed it. The chosen line and what is typed stay.
+void frmReguaL::atualiza_tabela()
+{
+    if (isClosed() || m_changesSeen == GaugeTable::changesOf(m_ui->Combo1->currentText()))
+        return;
+    handle([this] {
+        const int line = m_ui->List1->selectedItems().isEmpty() ? -1 : m_ui->List1->currentRow();
+        escolhe_tanque();
+        if (line >= 0)
+            m_ui->List1->setCurrentRow(line);
+    });
 }
 
 bool frmReguaL::eventFilter(QObject* watched, QEvent* event)
@@ -129,6 +145,7 @@ void frmReguaL::carrega_tabela(const QString& statement)
     {
         Module1::Fill fill(*m_ui->List1, m_services.events);
         m_ui->List1->clear();
+        m_changesSeen = GaugeTable::changesOf(m_ui->Combo1->currentText());
         table.Open(statement, m_services.DataConnection);
         const int centimetres = table.fieldIndex(u"cmA");
         const int litres = table.fieldIndex(u"ltsA");
@@ -163,7 +180,7 @@ void frmReguaL::carrega_historico()
         QStringList cells;
         for (const QStringView name : {u"dataf", u"cmt", u"saldo", u"tanque", u"cdI"})
             cells << readings.Fields(name).textOrEmpty();
-        m_ui->flex->AddItem(cells.join(u'\t'));
+        m_ui->flex->AddItem(cells);
         if (!fill.goesOn())
             return;
     }
@@ -221,5 +238,6 @@ void frmReguaL::abre_editor()
     }
     auto* const editor = new frmEditTabTanque(m_services, parentWidget());
     editor->deleteWhenClosed();
+    connect(editor, &StationWindow::closed, this, &frmReguaL::atualiza_tabela);
     editor->show();
 }

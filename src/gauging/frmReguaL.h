@@ -28,6 +28,7 @@ private:
     void escolhe_tanque();
     void carrega_tabela(const QString& statement);
     void carrega_historico();
+    void atualiza_tabela();
     void confirma();
     void abre_editor();
 
@@ -37,4 +38,5 @@ private:
 
     std::unique_ptr<Ui::frmReguaL> m_ui;
     bool m_comesFromElsewhere = true;
+    int m_changesSeen = 0; ///< Of the shown table, when it was read.
 };

@@ -84,6 +84,8 @@ void frmCadProd::connectLists()
         event->accept();
         handle([this] { escolhe_estoque(); });
     });
+    connect(m_ui->List2, &platform::ListBox::itemDoubleClicked, this,
+            [this] { handle([this] { escolhe_estoque(); }); });
 }
 
 void frmCadProd::load()

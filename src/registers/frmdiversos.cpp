@@ -130,8 +130,8 @@ void frmdiversos::carrega(platform::FlexGrid& grid, const QString& statement)
     const int quantity = rows.fieldIndex(u"quantidade");
     const int description = rows.fieldIndex(u"discriminacao");
     for (; !rows.Eof(); rows.MoveNext()) {
-        grid.AddItem(rows.Fields(code).textOrEmpty() + u'\t' + rows.Fields(quantity).textOrEmpty() + u'\t' +
-                     rows.Fields(description).textOrEmpty());
+        grid.AddItem(QStringList{rows.Fields(code).textOrEmpty(), rows.Fields(quantity).textOrEmpty(),
+                                 rows.Fields(description).textOrEmpty()});
         if (!fill.goesOn())
             return;
     }
@@ -218,7 +218,7 @@ void frmdiversos::insere()
         values.join(QStringLiteral("','")) + QStringLiteral("');"));
     const platform::InputQueue::GoingOn
         hidden; // Escape comes to the window, and not to the entry that is on its way out
-    m_ui->Flex1->AddItem(m_chosenCode + u'\t' + quantity + u'\t' + description);
+    m_ui->Flex1->AddItem(QStringList{m_chosenCode, quantity, description});
     carrega_flex1();
     showQuantity(false);
 }

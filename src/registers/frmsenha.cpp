@@ -10,6 +10,38 @@
 
 #include <QEventLoop>
 
+namespace {
+
+/// Without regard to case, accents, width and trailing blanks.
+QString folded(const QString& text)
+{
+    QString plain;
+    for (const QChar letter : text.normalized(QString::NormalizationForm_KD)) {
+        if (letter.category() != QChar::Mark_NonSpacing)
+            plain += letter;
+    }
+    while (plain.endsWith(u' '))
+        plain.chop(1);
+    return plain.toCaseFolded();
+}
+
+/// Whether one of the rows that the statement has found is the supervisor's with this password. An apostrophe in the
+/// typed text can make the statement find any row; without one the database itself has compared both texts.
+bool isSupervisor(ado::Recordset& rows, const QString& typed)
+{
+    for (; !rows.Eof(); rows.MoveNext()) {
+        const vb::Variant password = rows.Fields(u"senh");
+        if (password.isText() && !typed.contains(u'\''))
+            return true;
+        if (folded(rows.Fields(u"nome").textOrEmpty()) == folded(QStringLiteral("Supervisor")) &&
+            folded(password.textOrEmpty()) == folded(typed))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
 SupervisorAnswer frmsenha::ask(const Services& services, const Emitente& emitente, QWidget* over)
 {
     frmsenha prompt(services, emitente, over);
@@ -62,10 +94,10 @@ std::optional<QString> frmsenha::nextTry()
 SupervisorAnswer frmsenha::verifica(const QString& typed)
 {
     ado::Recordset adm;
-    // The typed text goes into the statement as it is: an apostrophe makes the statement invalid.
+    // The typed text goes into the statement as it is: a single apostrophe makes the statement invalid.
     adm.Open(QStringLiteral("Select * from adm where nome = 'Supervisor' and senh = '") + typed + QStringLiteral("';"),
              m_services.DataConnection);
-    if (!adm.Eof())
+    if (isSupervisor(adm, typed))
         return SupervisorAnswer::Granted;
     m_services.messages.MsgBox(QStringLiteral("Esta senha de supervisor não é valida"));
     Module1::seleciona_tudo(*m_ui->Text1);

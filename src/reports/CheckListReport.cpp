@@ -36,7 +36,7 @@ void addRows(Listing& listing, const platform::FlexGrid& grid)
 {
     for (int row = 1; row < grid.Rows(); ++row) {
         const auto number = [&](int column) { return vb::Format(grid.TextMatrix(row, column), u"@@@@@@@@@@@@@@@"); };
-        ListingLine line{{1, rowNumber(grid.TextMatrix(row, 0)), DescriptionColumn - 1}};
+        ListingLine line{{1, vb::Format(grid.TextMatrix(row, 0), u"00"), DescriptionColumn - 1}};
         addFramed(line, DescriptionColumn, grid.TextMatrix(row, 1), ThirdColumn);
         addFramed(line, ThirdColumn, number(2), FourthColumn);
         addFramed(line, FourthColumn, number(3), CheckColumn);

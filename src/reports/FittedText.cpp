@@ -1,6 +1,7 @@
 #include "reports/FittedText.h"
 
 #include "platform/print/PrinterObject.h"
+#include "platform/ui/PlainText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +44,7 @@ void printFitted(platform::PrinterObject& printer, const QString& text, double x
     const double size = printer.FontSize();
     const double y = printer.CurrentY();
     const double ascent = printer.TextAscent();
-    QString shown = limited(text, LongestText);
+    QString shown = platform::limited(text, LongestText);
     if (!fits(printer, shown, width)) {
         const QString all = std::exchange(shown, shortened(printer, shown, width));
         const QStringView lost = QStringView(all).sliced(shown.size() - 1);
@@ -65,11 +66,6 @@ void printFitted(platform::PrinterObject& printer, const QString& text, double x
     printer.setFontSize(size);
     printer.setFontStretch(1);
     printer.setCurrentY(y);
-}
-
-QString limited(const QString& text, qsizetype most)
-{
-    return text.size() <= most ? text : text.first(most - 1) + u'…';
 }
 
 } // namespace reports

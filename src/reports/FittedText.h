@@ -20,7 +20,4 @@ enum class Fit {
 /// digits in the place of ten) it ends in an ellipsis. The font and the height of the line are as before afterwards.
 void printFitted(platform::PrinterObject& printer, const QString& text, double x, double width, Fit fit = Fit::Digits);
 
-/// The text, or the beginning of one that is longer than any paper needs, with an ellipsis.
-[[nodiscard]] QString limited(const QString& text, qsizetype most);
-
 } // namespace reports

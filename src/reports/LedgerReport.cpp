@@ -2,6 +2,7 @@
 
 #include "platform/print/PrinterObject.h"
 #include "platform/ui/FlexGrid.h"
+#include "platform/ui/PlainText.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Format.h"
 #include "reports/Listing.h"
@@ -47,7 +48,7 @@ QList<ListingLine> linesOf(const platform::FlexGrid& movements, int row)
 {
     constexpr int Width = Columns[InvoiceColumn + 1].start - Columns[InvoiceColumn].start - 1;
     constexpr qsizetype MostLines = 40;
-    const QString invoice = limited(movements.TextMatrix(row, InvoiceColumn), MostLines * Width);
+    const QString invoice = platform::limited(movements.TextMatrix(row, InvoiceColumn), MostLines * Width);
     const qsizetype perLine = invoice.size() > 2 * Width ? Width : 2 * Width;
     QList<ListingLine> lines;
     for (qsizetype start = 0; start == 0 || start < invoice.size(); start += perLine) {

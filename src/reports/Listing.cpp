@@ -1,6 +1,7 @@
 #include "reports/Listing.h"
 
 #include "platform/print/PrinterObject.h"
+#include "platform/ui/PlainText.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Format.h"
 #include "reports/ReportPrinting.h"
@@ -119,8 +120,8 @@ void Listing::printFoot(platform::PrinterObject& printer, qsizetype page, qsizet
 QList<ListingLine> bothEnds(const QString& leftText, const QString& rightText)
 {
     constexpr qsizetype MostLines = 6;
-    const QString left = limited(leftText, MostLines * Listing::Columns);
-    const QString right = limited(rightText, MostLines * Listing::Columns);
+    const QString left = platform::limited(leftText, MostLines * Listing::Columns);
+    const QString right = platform::limited(rightText, MostLines * Listing::Columns);
     QList<ListingLine> lines;
     for (qsizetype start = 0; start == 0 || start < left.size(); start += Listing::Columns)
         lines.append({{1, left.mid(start, Listing::Columns)}});

@@ -39,12 +39,6 @@ QString taxLine(const Emitente& emitente)
     return QStringLiteral("CNPJ: ") + emitente.CNPJ + QStringLiteral(" - INSC: ") + emitente.IE;
 }
 
-QString rowNumber(const QString& number)
-{
-    constexpr qsizetype MostDigits = 15;
-    return number.size() > MostDigits ? number : vb::Format(number, u"00");
-}
-
 QString alinha8(const QString& value)
 {
     return vb::Format(value, u"@@@@@@@@");

@@ -35,8 +35,6 @@ bool printReport(const ReportServices& services, const QString& title,
 [[nodiscard]] QString dateLine(const QDateTime& moment);
 /// "CNPJ: ... - INSC: ...".
 [[nodiscard]] QString taxLine(const Emitente& emitente);
-/// The number of a row, "00"; one of more than 15 digits as it is, for a number pattern would round it.
-[[nodiscard]] QString rowNumber(const QString& number);
 /// A total right-aligned in eight characters.
 [[nodiscard]] QString alinha8(const QString& value);
 

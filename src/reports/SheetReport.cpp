@@ -16,17 +16,17 @@ namespace {
 
 void fillGrid(frmp& layout, const platform::FlexGrid& readings)
 {
-    constexpr const char16_t* Patterns[] = {u"", u"",         u"@@@@@@@@@@@@@@@", u"@@@@@@@@@@@@@@@",
-                                            u"", u"@@@@@@@@", u"@@@@@@",          u"@@@@@@@@@@"};
+    constexpr const char16_t* Patterns[] = {u"00", u"",         u"@@@@@@@@@@@@@@@", u"@@@@@@@@@@@@@@@",
+                                            u"",   u"@@@@@@@@", u"@@@@@@",          u"@@@@@@@@@@"};
     layout.formata_grade();
     for (int row = 1; row < readings.Rows(); ++row) {
-        QStringList cells{rowNumber(readings.TextMatrix(row, 0))};
-        for (int column = 1; column < 8; ++column) {
+        QStringList cells;
+        for (int column = 0; column < 8; ++column) {
             const QString text = readings.TextMatrix(row, column);
             const QStringView pattern(Patterns[column]);
             cells.append(pattern.isEmpty() ? text : vb::Format(text, pattern));
         }
-        layout.flex().AddItem(cells.join(u'\t'));
+        layout.flex().AddItem(cells);
     }
 }
 

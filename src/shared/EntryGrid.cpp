@@ -11,7 +11,7 @@ void add(platform::FlexGrid& flexG, const Line& line)
 {
     const QStringList cells{line.date,  line.pump,  line.previous, line.current,    line.litres,
                             line.price, line.value, line.tank,     line.calibration};
-    flexG.AddItem(cells.join(u'\t'));
+    flexG.AddItem(cells);
 }
 
 Line lineAt(const platform::FlexGrid& flexG, int row)

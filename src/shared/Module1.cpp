@@ -6,6 +6,7 @@
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScreen>
@@ -19,6 +20,7 @@ constexpr int SeparatorLength = 112;
 constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
 constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
+constexpr qint64 LongestSlideMilliseconds = 1500;
 
 } // namespace
 
@@ -89,7 +91,10 @@ void fecha_deslizando(QWidget& window, platform::EventPump& events)
     const QPointer<QWidget> alive = &window;
     const int step = qMax(1, SlideTwips * window.logicalDpiX() / TwipsPerInch);
     const int edge = window.screen()->geometry().right();
-    while (alive && window.isVisible() && window.x() <= edge) {
+    QElapsedTimer sliding;
+    sliding.start();
+    // A window manager may hold the window where it is, or put it back.
+    while (alive && window.isVisible() && window.x() <= edge && sliding.elapsed() < LongestSlideMilliseconds) {
         const QPoint before = window.pos();
         window.move(before + QPoint(step, step));
         QThread::msleep(SlideStepMilliseconds);

@@ -1,8 +1,10 @@
 #include "shared/RowText.h"
 
+#include "platform/ui/GridCells.h"
 #include "platform/vb/Amount.h"
 #include "platform/vb/Format.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -12,7 +14,9 @@ namespace {
 
 void append(std::string& utf8, QByteArrayView bytes)
 {
+    const std::size_t start = utf8.size();
     utf8.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    std::replace(utf8.begin() + static_cast<std::ptrdiff_t>(start), utf8.end(), platform::CellSeparator, ' ');
 }
 
 } // namespace
@@ -26,7 +30,7 @@ void RowText::begin()
 std::string& RowText::open()
 {
     if (!m_isEmpty)
-        m_text += '\t';
+        m_text += platform::CellSeparator;
     m_isEmpty = false;
     return m_text;
 }

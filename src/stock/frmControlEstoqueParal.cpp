@@ -93,10 +93,15 @@ void frmControlEstoqueParal::connectControls()
 
 void frmControlEstoqueParal::load()
 {
-    if (!m_suppliersLoaded) {
-        m_suppliersLoaded = true;
-        Module1::carrega_fornece(m_services, *m_ui->Combo1);
-    }
+    // Told on its own: without suppliers the products still come.
+    handle([this] {
+        if (!m_suppliersLoaded) {
+            Module1::carrega_fornece(m_services, *m_ui->Combo1);
+            m_suppliersLoaded = true;
+        }
+    });
+    if (isClosed())
+        return;
     carrega_lst();
     format_flex();
 }

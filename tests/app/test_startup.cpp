@@ -62,11 +62,13 @@ private Q_SLOTS:
         // An older database: without the stock code column.
         if (database.isMySql())
             database.script({u"alter table CadProdComb drop column codigoEstoque"_s});
+        // The last two make the statement find rows, but none of them is the supervisor's with that password.
+        const char* const wrong[] = {"errada", "' or 'a'='a", "x' or nome = 'Supervisor' and 'a' = 'a"};
         for (int start = 0; start < 2; ++start) { // The second one finds the upgraded database.
             const support::StatementTrace trace;
-            for (int wrong = 0; wrong < 3; ++wrong) {
+            for (const char* text : wrong) {
                 run.messages.expect();
-                run.person.types("errada");
+                run.person.types(text);
             }
             run.person.types("1234");
             run.person.when("frmprincipal", [](QWidget& window) { QTest::keyClick(&window, Qt::Key_Escape); });
@@ -77,7 +79,9 @@ private Q_SLOTS:
             const QString add = database.isMySql() ? u"add column"_s : u"add"_s;
             QStringList expected{u"exec alter table cadprodcomb %1 codigoEstoque double;"_s.arg(add),
                                  u"open Select * from DatEmit;"_s};
-            expected += QStringList(3, u"open Select * from adm where nome = 'Supervisor' and senh = 'errada';"_s);
+            for (const char* text : wrong)
+                expected << u"open Select * from adm where nome = 'Supervisor' and senh = '%1';"_s.arg(
+                    QString::fromLatin1(text));
             expected << u"open Select * from adm where nome = 'Supervisor' and senh = '1234';"_s
                      << u"open Select * from PlanilhaPosto order by numerodispositivo"_s;
             if (database.isMySql())
@@ -108,6 +112,20 @@ private Q_SLOTS:
         QCOMPARE(run.main(), 0);
         QVERIFY(run.person.isDone());
         QVERIFY(!trace.lines().last().contains(u"PlanilhaPosto"_s)); // No main window was loaded.
+    }
+
+    /// A password with apostrophes opens where the row has it: case, accents, width and trailing blanks do not matter.
+    void apostrophesInThePassword_data() { support::BothBackEnds::addRows(); }
+    void apostrophesInThePassword()
+    {
+        FRESH_DATABASE(database);
+        Run run;
+        run.useStation(database);
+        database.script({u"INSERT INTO adm (nome, senh) VALUES ('SUPERVISOR ', ''' Or ''Á''=''A ')"_s});
+        run.person.types("' or 'a'='a");
+        run.person.when("frmprincipal", [](QWidget& window) { QTest::keyClick(&window, Qt::Key_Escape); });
+        QCOMPARE(run.main(), 0);
+        QVERIFY(run.person.isDone());
     }
 
     /// An error while the password is checked: the start ends with it, over the main window the prompt stays.

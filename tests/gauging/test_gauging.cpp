@@ -112,7 +112,7 @@ private Q_SLOTS:
                   {u"thousands point"_s, u"100"_s, u"1.234,5"_s, u"100 1234,5"_s, u"100|1234.5"_s},
                   {u"seven characters"_s, u"12"_s, u"1.234.567"_s, u"12 1234567"_s, u"12|1234567"_s},
                   {u"stored with blanks"_s, u"5"_s, u"   99"_s, u"5     99"_s, u"5|99"_s},
-                  {u"no litres"_s, u"9"_s, u""_s, u"9 "_s, u"9|0"_s},
+                  {u"no litres"_s, u"9"_s, u""_s, u"9       "_s, u"9|0"_s},
                   // Three characters are the centimetres, whatever stands there: the limit of the line, deliberate.
                   {u"four characters"_s, u"1234"_s, u"845"_s, u"1234    845"_s, u"123|4845"_s},
                   {u"half a centimetre"_s, u"12.5"_s, u"845"_s, u"12,5    845"_s, u"12|5845"_s},
@@ -387,8 +387,13 @@ private Q_SLOTS:
         QCOMPARE(editors().size(), 1);
         QVERIFY(!editors().first()->isModal());
         QVERIFY(QTest::qWaitForWindowActive(editors().first()));
+        clickRow(control<FlexGrid>(*editors().first(), "flex"), 1);
+        typeInto(control<QLineEdit>(*editors().first(), "Text2"), u"900"_s);
+        click(*editors().first(), "Command1");
+        QCOMPARE(gauging.lines(), QStringList{u"10    845"_s});
         press(Qt::Key_Escape);
         QTRY_VERIFY(editors().isEmpty());
+        QCOMPARE(gauging.lines(), QStringList{u"10    900"_s}); // Read again, for its table has changed.
         gauging.window->activateWindow();
         QTRY_COMPARE(focused(), u"List1"_s);
         QCOMPARE(gauging.at<QLineEdit>("tx_1").text(), u"0"_s);

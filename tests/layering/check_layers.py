@@ -73,6 +73,18 @@ def wrong_edges(source):
         yield "no sources found"
 
 
+# Texts of the database are text wherever they are shown: only PlainText.cpp hands a tool tip what it interprets.
+MARKUP = re.compile(r"RichText|AutoText|MarkdownText|[sS]etHtml|QTextEdit|QTextBrowser|WhatsThis|<html"
+                    r"|QToolTip::showText\((?![^;]*toolTipOf)")
+
+
+def markup(source):
+    for path in sorted(source.rglob("*")):
+        if path.suffix in {".h", ".cpp", ".ui"}:
+            for found in MARKUP.findall(path.read_text(encoding="utf-8")):
+                yield f"{path.relative_to(source)}: {found} shows a text as markup"
+
+
 def planted():
     """Edges that must be reported, each in a tree of one file."""
     wrong = [("data/A.h", "shared/B.h"), ("app/A.cpp", "accessfile/Value.h"), ("accessfile/sql/A.cpp", "QString"),
@@ -89,6 +101,18 @@ def planted():
                 yield f"{file} including {name} is not reported"
 
 
-faults = list(wrong_edges(pathlib.Path(sys.argv[1])) if len(sys.argv) > 1 else planted())
+    for line in ("label.setTextFormat(Qt::RichText);", "QToolTip::showText(place, text);"):
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "A.cpp").write_text(line, encoding="utf-8")
+            if not list(markup(pathlib.Path(folder))):
+                yield f"{line} is not reported"
+
+
+def all_faults(source):
+    yield from wrong_edges(source)
+    yield from markup(source)
+
+
+faults = list(all_faults(pathlib.Path(sys.argv[1])) if len(sys.argv) > 1 else planted())
 print("\n".join(faults) or "no wrong edge")
 sys.exit(1 if faults else 0)

@@ -131,9 +131,17 @@ private Q_SLOTS:
         QCOMPARE(grid.TextMatrix(1, 3), QStringLiteral("key"));
         QCOMPARE(grid.TextMatrix(2, 2), QString());
         QCOMPARE(grid.TextMatrix(3, 0), QString());
-        grid.setTextMatrix(2, 2, QStringLiteral("a\tb"));
-        QCOMPARE(grid.TextMatrix(2, 2), QStringLiteral("a b"));
+        // Tabs and line breaks of a stored text stay in their cell.
+        const QStringList stored{QStringLiteral("a\tb\nc"), QStringLiteral("\x1F"), QStringLiteral("d")};
+        grid.setTextMatrix(2, 2, stored.first());
+        grid.AddItem(stored);
+        QCOMPARE(grid.TextMatrix(2, 2), stored.first());
         QCOMPARE(grid.TextMatrix(2, 1), QString());
+        QCOMPARE(grid.TextMatrix(3, 0), stored.first());
+        QCOMPARE(grid.TextMatrix(3, 1), QStringLiteral(" "));
+        QCOMPARE(grid.TextMatrix(3, 2), stored.last());
+        grid.setRow(3);
+        QCOMPARE(grid.copyText().section(u'\t', 0, 0), QStringLiteral("a b c"));
         grid.setTextMatrix(1, 1, QStringLiteral("Óleo diesel"));
         QCOMPARE(grid.TextMatrix(1, 2), QStringLiteral("1,00"));
         grid.clearRows();
@@ -214,6 +222,10 @@ private Q_SLOTS:
         QVERIFY(grid.columnWidth(1) >= grid.fontMetrics().horizontalAdvance(text) + 4);
         grid.AddItem(u'\t' + QString(500, u'W'));
         QVERIFY(grid.columnWidth(1) < 500);
+        // The next list starts anew.
+        grid.clearRows();
+        QCOMPARE(grid.columnWidth(1), pixels);
+        grid.AddItem(u'\t' + text);
         // A dragged width outlives the next fill, which lays the grid out again.
         QWidget* const header = grid.horizontalHeader()->viewport();
         const QPoint edge(grid.columnViewportPosition(2) - 1, header->height() / 2);

@@ -6,6 +6,7 @@
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/KeyFilter.h"
+#include "platform/ui/PlainText.h"
 #include "platform/ui/RealSeams.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
@@ -20,6 +21,8 @@
 #include <QContextMenuEvent>
 #include <QDir>
 #include <QFileDialog>
+#include <QHelpEvent>
+#include <QLabel>
 #include <QLibraryInfo>
 #include <QLineEdit>
 #include <QMenu>
@@ -32,7 +35,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextDocument>
 #include <QTimer>
+#include <QToolTip>
 #include <QTranslator>
 #include <QWheelEvent>
 
@@ -286,7 +291,8 @@ private Q_SLOTS:
         QTest::newRow("with slashes") << "22/11/2026" << int(Qt::Key_Return) << QDate(2026, 11, 22);
         QTest::newRow("day beyond the month shown") << "31122025" << int(Qt::Key_Return) << QDate(2025, 12, 31);
         QTest::newRow("one-digit parts, short year") << "4/527" << int(Qt::Key_Return) << QDate(2027, 5, 4);
-        QTest::newRow("end of a short month") << "31" << int(Qt::Key_Tab) << QDate(2026, 2, 28);
+        QTest::newRow("no such day in the month shown") << "31" << int(Qt::Key_Tab) << StartDate;
+        QTest::newRow("no such day in the month typed") << "31112025" << int(Qt::Key_Return) << StartDate;
         QTest::newRow("no date") << "00" << int(Qt::Key_Tab) << StartDate;
         QTest::newRow("the same date") << "15022026" << int(Qt::Key_Return) << StartDate;
     }
@@ -340,10 +346,35 @@ private Q_SLOTS:
         QTest::keyClick(picker, Qt::Key_Up); // the month
         QCOMPARE(picker->Value(), QDate(2026, 5, 1));
         QCOMPARE(changes.size(), 2);
+        // The day that was not typed follows the month, and it is said.
+        picker->setValue(QDate(2026, 5, 31));
+        QTest::keyClick(picker, Qt::Key_Home);
+        QTest::keyClick(picker, Qt::Key_Right);
+        QTest::keyClicks(picker, QStringLiteral("04"));
+        QTest::keyClick(picker, Qt::Key_Return);
+        QCOMPARE(picker->text(), QStringLiteral("30/04/2026"));
+        QVERIFY(QToolTip::text().contains(QStringLiteral("31/04/2026 não existe: fica 30/04/2026")));
         QTest::keyClick(picker, Qt::Key_Down, Qt::AltModifier);
         QTRY_VERIFY(picker->calendarWidget()->isVisible());
         QCOMPARE(picker->calendarWidget()->locale().name(), QStringLiteral("pt_BR"));
         picker->calendarWidget()->window()->close();
+    }
+
+    void storedTextsAreText()
+    {
+        const QString stored = QStringLiteral("<img src='http://x/'>\nfim");
+        Window window;
+        auto* const label = new QLabel(stored, &window);
+        window.setToolTip(stored);
+        window.open();
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        QHelpEvent help(QEvent::ToolTip, {}, window.mapToGlobal(QPoint()));
+        QApplication::sendEvent(&window, &help);
+        QCOMPARE(QToolTip::text(), platform::toolTipOf(stored));
+        QTextDocument shown;
+        shown.setHtml(platform::toolTipOf(stored));
+        QCOMPARE(shown.toPlainText(), stored);
+        QVERIFY(platform::toolTipOf(QString(100'000'000, u'<')).size() < 10'000);
     }
 
     void filteredBox()

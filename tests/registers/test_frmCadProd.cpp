@@ -76,7 +76,12 @@ private Q_SLOTS:
         press(Qt::Key_Escape);
         QVERIFY(!products.chooser.isVisible());
         QVERIFY(products.window.isVisible());
-        products.pick(2);
+        control<QPushButton>(products.window, "cmddir").setFocus();
+        press(Qt::Key_Return);
+        auto& stock = control<QListWidget>(products.window, "List2");
+        const QPoint item = stock.visualItemRect(stock.item(2)).center();
+        QTest::mouseClick(stock.viewport(), Qt::LeftButton, {}, item);
+        QTest::mouseDClick(stock.viewport(), Qt::LeftButton, {}, item);
         QVERIFY(!products.chooser.isVisible());
         QCOMPARE(products.shown(), u"Óleo diesel|00021|1.234,500"_s);
         QCOMPARE(products.price().selectedText(), u"1.234,500"_s);

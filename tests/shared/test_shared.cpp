@@ -2,6 +2,7 @@
 
 #include "platform/ui/Application.h"
 #include "platform/ui/FlexGrid.h"
+#include "platform/ui/RealSeams.h"
 #include "platform/vb/Error.h"
 #include "shared/Emitente.h"
 #include "shared/EntryGrid.h"
@@ -11,6 +12,7 @@
 #include "shared/StockHelpers.h"
 #include "support/WindowTest.h"
 
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPointer>
 
@@ -194,6 +196,25 @@ private Q_SLOTS:
         });
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!window);
+    }
+
+    /// Where a window manager holds the window, the slide ends all the same.
+    void slidesAwayWithinTwoSeconds()
+    {
+        struct Held : QWidget
+        {
+            void moveEvent(QMoveEvent*) override
+            {
+                QMetaObject::invokeMethod(
+                    this, [this] { move(50, 50); }, Qt::QueuedConnection);
+            }
+        } window;
+        platform::ApplicationEvents events;
+        window.show();
+        QElapsedTimer timer;
+        timer.start();
+        Module1::fecha_deslizando(window, events);
+        QVERIFY(!window.isVisible() && timer.elapsed() < 2000);
     }
 };
 

@@ -132,6 +132,21 @@ private Q_SLOTS:
         QCOMPARE(ledger.totals(), u"0,00|0,00"_s);
     }
 
+    /// Suppliers and products are read one apart from the other.
+    void oneListWithoutTheOther()
+    {
+        FRESH_STATION(Ledger, ledger);
+        ledger.script({u"DROP TABLE Fornece"_s});
+        frmControlEstoqueParal products(ledger.services, {});
+        QVERIFY(ledger.told([&] { open(products); }).contains(u"Fornece"_s, Qt::CaseInsensitive));
+        QCOMPARE(control<QListWidget>(products, "List1").count(), 2);
+        ledger.script({u"CREATE TABLE Fornece (razao VARCHAR(50))"_s, u"INSERT INTO Fornece (razao) VALUES ('F')"_s,
+                       u"DROP TABLE CadProdComb"_s});
+        frmControlEstoqueParal suppliers(ledger.services, {});
+        QVERIFY(ledger.told([&] { open(suppliers); }).contains(u"CadProdComb"_s, Qt::CaseInsensitive));
+        QCOMPARE(control<QComboBox>(suppliers, "Combo1").count(), 1);
+    }
+
     void newerListingWins()
     {
         FRESH_STATION(Ledger, ledger);

@@ -1,23 +1,10 @@
 #include "platform/print/PrinterObject.h"
 
+#include "platform/ui/PlainText.h"
+
 #include <QFontMetricsF>
 
 namespace platform {
-
-namespace {
-
-/// One line of visible characters: what would break or bend a line is a blank.
-QString printable(QString text)
-{
-    for (QChar& character : text) {
-        if (character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
-            character == QChar::ParagraphSeparator)
-            character = u' ';
-    }
-    return text;
-}
-
-} // namespace
 
 PrinterObject::PrinterObject(PrinterChoice choice, Spooler& spooler, const QString& title)
     : m_choice(std::move(choice))
@@ -76,7 +63,7 @@ void PrinterObject::fontChanged()
 
 double PrinterObject::TextWidth(const QString& text) const
 {
-    return QFontMetricsF(m_font).horizontalAdvance(printable(text)) * m_fontStretch;
+    return QFontMetricsF(m_font).horizontalAdvance(oneLine(text)) * m_fontStretch;
 }
 
 double PrinterObject::TextHeight() const
@@ -106,7 +93,7 @@ void PrinterObject::Print(std::initializer_list<Item> items, LineEnd end)
             m_currentX = stop;
             continue;
         }
-        const QString text = printable(std::get<QString>(item));
+        const QString text = oneLine(std::get<QString>(item));
         if (m_currentY > 0 && m_currentY + TextHeight() > ScaleHeight()) {
             const double x = m_currentX;
             NewPage();

@@ -1,6 +1,7 @@
 #include "platform/ui/Application.h"
 
 #include "platform/ui/InputQueue.h"
+#include "platform/ui/PlainText.h"
 #include "platform/ui/VisibleFocus.h"
 
 #include <QApplication>
@@ -83,6 +84,7 @@ void prepareApplication(QApplication& application)
     installPortugueseTexts(application);
 
     InputQueue::install(application);
+    new PlainTexts(application); // Owned by the application.
     QApplication::setStyle(new VisibleFocus);
     QApplication::setPalette(calmPalette());
     // A plain, narrow face: the grids show all their columns on a small screen.

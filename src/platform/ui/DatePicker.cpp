@@ -1,5 +1,8 @@
 #include "platform/ui/DatePicker.h"
 
+#include "platform/ui/PlainText.h"
+#include "platform/vb/Format.h"
+
 #include <QApplication>
 #include <QCalendarWidget>
 #include <QClipboard>
@@ -9,6 +12,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QStyleOptionComboBox>
+#include <QToolTip>
 #include <QWheelEvent>
 
 namespace platform {
@@ -71,6 +75,11 @@ void DatePicker::endTyping()
     if (!m_typing)
         return;
     const QDate result = m_typing->result();
+    if (m_typing->isImpossible()) {
+        QToolTip::showText(
+            mapToGlobal(rect().bottomLeft()),
+            toolTipOf(QStringLiteral("%1 não existe: fica %2").arg(m_typing->text(), vb::shortDate(result))), this);
+    }
     const int position = lineEdit()->hasSelectedText() ? lineEdit()->selectionStart() : lineEdit()->cursorPosition();
     m_typing.reset();
     setValue(result);

@@ -30,6 +30,7 @@ void DateTyping::digit(int value)
         digits.clear();
     m_fresh = false;
     m_moved = false;
+    m_dayTyped = m_dayTyped || m_section == Day;
     digits.append(QChar(u'0' + static_cast<char16_t>(value)));
     if (digits.size() == lengths[m_section] || (digits.size() == 1 && value > greatestFirstDigit[m_section])) {
         next();
@@ -93,16 +94,28 @@ int DateTyping::selectionLength() const
     return m_fresh ? static_cast<int>(shown(m_section).size()) : 0;
 }
 
+int DateTyping::year() const
+{
+    const int year = m_digits[Year].toInt();
+    if (m_digits[Year].isEmpty() || m_digits[Year].size() > 2)
+        return year;
+    return year + (year < 30 ? 2000 : 1900);
+}
+
 QDate DateTyping::result() const
 {
-    int year = m_digits[Year].toInt();
-    if (!m_digits[Year].isEmpty() && m_digits[Year].size() <= 2)
-        year += year < 30 ? 2000 : 1900;
-    const QDate first(year, m_digits[Month].toInt(), 1);
+    const QDate first(year(), m_digits[Month].toInt(), 1);
     const int day = m_digits[Day].toInt();
-    if (!first.isValid() || year < 100 || day < 1 || day > 31)
+    if (!first.isValid() || first.year() < 100 || day < 1 || day > 31)
+        return m_start;
+    if (day > first.daysInMonth() && m_dayTyped)
         return m_start;
     return QDate(first.year(), first.month(), std::min(day, first.daysInMonth()));
+}
+
+bool DateTyping::isImpossible() const
+{
+    return result() != QDate(year(), m_digits[Month].toInt(), m_digits[Day].toInt());
 }
 
 } // namespace platform

@@ -30,16 +30,20 @@ public:
     [[nodiscard]] int selectionStart() const;  ///< The caret when nothing is selected.
     [[nodiscard]] int selectionLength() const; ///< The whole section until its first digit comes.
 
-    /// A day beyond its month's end becomes the last one; two-digit years are 1930 to 2029. The start date when what is
-    /// typed is no date.
+    /// The start date when what is typed is no date, as 31/11. A day that was not typed, and that a typed month or year
+    /// does not have, becomes the last one. Two-digit years are 1930 to 2029.
     [[nodiscard]] QDate result() const;
+    /// Whether result() is another date than the one typed.
+    [[nodiscard]] bool isImpossible() const;
 
 private:
     [[nodiscard]] QString shown(Section section) const;
+    [[nodiscard]] int year() const;
 
     QDate m_start;
     Section m_section;
     std::array<QString, 3> m_digits;
+    bool m_dayTyped = false;
     bool m_fresh = true;  ///< The next digit replaces the section.
     bool m_moved = false; ///< By itself, because the section was full.
 };

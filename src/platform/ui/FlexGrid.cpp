@@ -3,6 +3,8 @@
 #include "platform/ui/FlexGridDelegate.h"
 #include "platform/ui/FlexGridModel.h"
 #include "platform/ui/FlexGridWidths.h"
+#include "platform/ui/GridCells.h"
+#include "platform/ui/PlainText.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -74,6 +76,8 @@ int FlexGrid::Rows() const
 void FlexGrid::setRows(int rows)
 {
     m_model->resizeRows(std::max(0, rows - 1));
+    if (rows <= 1)
+        m_widths->forgetCells();
     afterChange();
 }
 
@@ -161,14 +165,20 @@ void FlexGrid::setTextMatrix(int row, int column, const QString& text)
     afterChange();
 }
 
-void FlexGrid::AddItem(const QString& tabSeparatedCells)
+void FlexGrid::AddItem(const QStringList& cells)
 {
-    AddItem(QByteArrayView(tabSeparatedCells.toUtf8()));
+    QByteArray row;
+    for (const QString& cell : cells) {
+        if (&cell != &cells.first())
+            row += CellSeparator;
+        row += cell.toUtf8().replace(CellSeparator, ' ');
+    }
+    AddItem(QByteArrayView(row));
 }
 
-void FlexGrid::AddItem(QByteArrayView tabSeparatedUtf8)
+void FlexGrid::AddItem(QByteArrayView cells)
 {
-    m_model->addRow(tabSeparatedUtf8);
+    m_model->addRow(cells);
     m_widths->note(m_model->rowText(m_model->rows() - 1));
     afterChange();
 }
@@ -188,6 +198,8 @@ void FlexGrid::RemoveItem(int row)
 void FlexGrid::clearRows()
 {
     m_model->clear();
+    m_widths->forgetCells();
+    afterChange();
 }
 
 int FlexGrid::Row() const
@@ -308,7 +320,7 @@ QString FlexGrid::copyText() const
         QStringList cells;
         for (int column = 0; column < Cols(); ++column) {
             if (!isColumnHidden(column))
-                cells.append(TextMatrix(row, column));
+                cells.append(oneLine(TextMatrix(row, column)));
         }
         lines.append(cells.join(u'\t'));
     }

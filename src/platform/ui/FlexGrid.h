@@ -42,9 +42,12 @@ public:
 
     [[nodiscard]] QString TextMatrix(int row, int column) const;
     void setTextMatrix(int row, int column, const QString& text);
-    /// Appends a row of tab-separated cells; missing cells are empty, surplus ones dropped.
-    void AddItem(const QString& tabSeparatedCells);
-    void AddItem(QByteArrayView tabSeparatedUtf8);
+    /// Appends a row; missing cells are empty, surplus ones dropped. A cell may hold tabs and line breaks.
+    void AddItem(const QStringList& cells);
+    /// Cells of texts that hold no tab themselves, with tabs between them.
+    void AddItem(const QString& tabSeparatedCells) { AddItem(tabSeparatedCells.split(u'\t')); }
+    /// UTF-8 cells with a CellSeparator between them.
+    void AddItem(QByteArrayView cells);
     void RemoveItem(int row);
     /// Only the header stays; Cols, titles and widths are kept.
     void clearRows();

@@ -1,5 +1,7 @@
 #include "platform/ui/FlexGridDelegate.h"
 
+#include "platform/ui/PlainText.h"
+
 #include <QAbstractItemView>
 #include <QHelpEvent>
 #include <QPainter>
@@ -44,11 +46,11 @@ void FlexGridDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const QRect room = option.rect.adjusted(padding, 0, -padding, 0);
     painter->setFont(option.font);
     painter->setPen(foreground);
-    const QString text =
-        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, room.width(), Qt::TextSingleLine);
+    const QString shown = oneLine(limited(index.data().toString(), LongestShown));
+    const QString text = option.fontMetrics.elidedText(shown, Qt::ElideRight, room.width(), Qt::TextSingleLine);
     painter->drawText(room, index.data(Qt::TextAlignmentRole).value<Qt::Alignment>().toInt() | Qt::TextSingleLine,
                       text);
-    if (option.state.testFlag(QStyle::State_HasFocus)) {
+    if (current && option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setPen(QPen(foreground, 1, Qt::DotLine));
         painter->drawRect(option.rect.adjusted(1, 3, -2, -4));
     }
@@ -62,13 +64,11 @@ bool FlexGridDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, con
         return QStyledItemDelegate::helpEvent(event, view, option, index);
     QString text = index.data(Qt::ToolTipRole).toString();
     if (text.isEmpty()) {
-        const QString cell = index.data().toString();
+        const QString cell = limited(index.data().toString(), LongestShown);
         if (option.fontMetrics.horizontalAdvance(cell) + 2 * padding > view->visualRect(index).width())
             text = cell;
     }
-    // Tool tips guess whether a text is HTML; a cell's text never is.
-    QToolTip::showText(event->globalPos(),
-                       text.isEmpty() ? QString() : QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped()), view);
+    QToolTip::showText(event->globalPos(), toolTipOf(text), view);
     return true;
 }
 

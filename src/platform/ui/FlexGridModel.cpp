@@ -1,5 +1,8 @@
 #include "platform/ui/FlexGridModel.h"
 
+#include "platform/ui/GridCells.h"
+#include "platform/ui/PlainText.h"
+
 #include <QColor>
 
 #include <algorithm>
@@ -22,18 +25,18 @@ QColor readableOn(const QColor& background)
 QByteArrayView FlexGridModel::cellOf(QByteArrayView row, int column)
 {
     const char* from = row.begin();
-    const auto nextTab = [&row](const char* begin) {
+    const auto nextSeparator = [&row](const char* begin) {
         const auto* const found =
-            static_cast<const char*>(std::memchr(begin, '\t', static_cast<std::size_t>(row.end() - begin)));
+            static_cast<const char*>(std::memchr(begin, CellSeparator, static_cast<std::size_t>(row.end() - begin)));
         return found ? found : row.end();
     };
     for (; column > 0; --column) {
-        from = nextTab(from);
+        from = nextSeparator(from);
         if (from == row.end())
             return {};
         ++from;
     }
-    return {from, nextTab(from)};
+    return {from, nextSeparator(from)};
 }
 
 bool FlexGridModel::readsAsNumber(QByteArrayView text)
@@ -71,8 +74,11 @@ QVariant FlexGridModel::data(const QModelIndex& index, int role) const
     const int row = index.row();
     const int column = index.column();
     switch (role) {
-    case Qt::DisplayRole:
-        return text(row, column);
+    case Qt::DisplayRole: {
+        constexpr qsizetype LongestUtf8 = 4 * LongestShown;
+        const QByteArrayView cell = cellOf(m_rows.at(row).text, column);
+        return QString::fromUtf8(cell.first(std::min(cell.size(), LongestUtf8)));
+    }
     case Qt::BackgroundRole:
         if (const quint32 bgr = colour(row, column))
             return colourOf(bgr);
@@ -232,11 +238,11 @@ QString FlexGridModel::text(int row, int column) const
 void FlexGridModel::setText(int row, int column, const QString& text)
 {
     QByteArray cell = text.toUtf8();
-    cell.replace('\t', ' ');
+    cell.replace(CellSeparator, ' ');
     QByteArray& bytes = m_rows[row].text;
     QByteArrayView old = cellOf(bytes, column);
     if (!old.data()) {
-        bytes.append(column - bytes.count('\t'), '\t');
+        bytes.append(column - bytes.count(CellSeparator), CellSeparator);
         bytes.append(cell);
     } else {
         bytes.replace(old.data() - bytes.constData(), old.size(), cell);

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Rows of a FlexGrid. A row is one UTF-8 text with tabs between its cells plus the numbers of a colour style and of a
-/// tool tip that rows share. Rows here count from 0 without the header.
+/// Rows of a FlexGrid. A row is one UTF-8 text with separators between its cells plus the numbers of a colour style and
+/// of a tool tip that rows share. Rows here count from 0 without the header.
 class FlexGridModel : public QAbstractTableModel
 {
     Q_OBJECT

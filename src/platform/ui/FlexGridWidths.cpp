@@ -1,6 +1,7 @@
 #include "platform/ui/FlexGridWidths.h"
 
 #include "platform/ui/FlexGridDelegate.h"
+#include "platform/ui/GridCells.h"
 
 #include <QFontMetricsF>
 #include <QHeaderView>
@@ -98,10 +99,17 @@ void FlexGridWidths::note(QByteArrayView row)
 {
     const char* from = row.begin();
     for (int column = 0; column < m_columns.size() && from != row.end(); ++column) {
-        const char* const to = std::find(from, row.end(), '\t');
+        const char* const to = std::find(from, row.end(), CellSeparator);
         noteCell(column, {from, to});
         from = to == row.end() ? to : to + 1;
     }
+}
+
+void FlexGridWidths::forgetCells()
+{
+    for (Column& column : m_columns)
+        column.content = 0;
+    m_stale = true;
 }
 
 void FlexGridWidths::noteTitle(int column, const QString& title)

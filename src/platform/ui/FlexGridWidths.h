@@ -24,6 +24,7 @@ public:
     /// A row's cells have come; grows the columns that need it. Takes effect with apply().
     void note(QByteArrayView row);
     void noteCell(int column, QByteArrayView cell);
+    void forgetCells(); ///< The widths of a list that has gone.
     void noteTitle(int column, const QString& title);
     void draggedTo(int column, int pixels);
     /// The font or the screen's scale has changed: measures anew what is known of the titles.

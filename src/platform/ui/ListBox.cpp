@@ -1,5 +1,7 @@
 #include "platform/ui/ListBox.h"
 
+#include "platform/ui/PlainText.h"
+
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -19,6 +21,10 @@ public:
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         return {QStyledItemDelegate::sizeHint(option, index).width(), option.fontMetrics.height() + 4};
+    }
+    QString displayText(const QVariant& value, const QLocale&) const override
+    {
+        return oneLine(limited(value.toString(), LongestShown));
     }
 };
 
@@ -76,10 +82,9 @@ bool ListBox::viewportEvent(QEvent* event)
         return QListWidget::viewportEvent(event);
     const auto& help = *static_cast<QHelpEvent*>(event);
     const QListWidgetItem* const item = itemAt(help.pos());
-    const bool shortened = item && fontMetrics().horizontalAdvance(item->text()) > viewport()->width() - 8;
-    // Tool tips guess whether a text is HTML; an entry's text never is.
-    QToolTip::showText(help.globalPos(),
-                       shortened ? QStringLiteral("<p>%1</p>").arg(item->text().toHtmlEscaped()) : QString(), this);
+    const bool shortened =
+        item && fontMetrics().horizontalAdvance(limited(item->text(), LongestShown)) > viewport()->width() - 8;
+    QToolTip::showText(help.globalPos(), shortened ? toolTipOf(item->text()) : QString(), this);
     return true;
 }
 

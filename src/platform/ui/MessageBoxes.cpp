@@ -1,3 +1,4 @@
+#include "platform/ui/PlainText.h"
 #include "platform/ui/RealSeams.h"
 
 #include <QApplication>
@@ -71,7 +72,8 @@ MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QStrin
     const QPointer<QMessageBox> box = new QMessageBox(owner);
     box->setObjectName(QStringLiteral("MsgBox"));
     box->setTextFormat(Qt::PlainText);
-    box->setText(QString(prompt).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    constexpr qsizetype LongestPrompt = 4000;
+    box->setText(limited(prompt, LongestPrompt).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
     box->setWindowTitle(title.isEmpty() ? QStringLiteral("Planilha de Bombas") : title);
     box->setIcon(iconOf(style));
 

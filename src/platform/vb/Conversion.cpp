@@ -151,8 +151,8 @@ Currency CCur(const Variant& value)
             throw Error(Error::Overflow);
         return Currency::fromScaled(*scaled);
     };
-    // The product is taken in double precision, as the runtime does: 1.00705 is a half there although the binary number
-    // is not, and goes to the even neighbour.
+    // The product is taken in double precision, as stored amounts were: 1.00705 is a half there although the binary
+    // number is not, and goes to the even neighbour.
     const auto fromDouble = [](double number) { return Currency::fromScaled(toWhole(number * Currency::Scale)); };
     return std::visit(Overloaded{
                           [](Variant::NullType) -> Currency { throw Error(Error::InvalidUseOfNull); },

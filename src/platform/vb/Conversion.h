@@ -6,8 +6,8 @@
 #include <optional>
 
 // Conversions between texts and values under Brazilian Portuguese settings (comma decimals, point thousands,
-// dd/mm/yyyy, "R$"), whatever the machine's settings are. The rules are those of the language runtime that the
-// station's texts come from: halves round to even in CCur, CLng and CInt; a text that is no number is error 13.
+// dd/mm/yyyy, "R$"), whatever the machine's settings are. The texts that stations have stored rest on these
+// rules: halves round to even in CCur, CLng and CInt; a text that is no number is error 13.
 namespace vb {
 
 /// True for a number and for a text that CDbl takes as a number (thousands points anywhere before the comma, one

@@ -11,7 +11,7 @@ namespace vb {
 
 namespace {
 
-constexpr int ExactTextDigits = 15;
+constexpr int LongestText = 28; ///< Digits.
 
 std::optional<Decimal> decimalOf(const Variant& value)
 {
@@ -19,10 +19,7 @@ std::optional<Decimal> decimalOf(const Variant& value)
         NumberText number = readNumber(*text);
         if (number.status != NumberStatus::Ok)
             return std::nullopt;
-        // 15 digits survive the way through a double unchanged; only longer texts have to take it.
-        if (number.decimal.digits.size() <= ExactTextDigits)
-            return std::move(number.decimal);
-        return Decimal::fromDouble(number.decimal.toDouble());
+        return number.decimal.digits.size() > LongestText ? CDec(value) : std::move(number.decimal);
     }
     if (const auto* whole = std::get_if<qint64>(&value.value()))
         return Decimal::fromInteger(*whole, 0);
@@ -85,7 +82,7 @@ QString formatNumber(Decimal decimal, const NumberPattern& pattern)
     };
 
     QVarLengthArray<QChar, 48> text;
-    // Deliberate: what rounds to nothing keeps its sign, -0.001 reads "-0,00".
+    // What rounds to nothing keeps its sign: -0.001 reads "-0,00", so a small loss still shows as one.
     if (decimal.negative)
         text.append(u'-');
     for (int left = shownWhole; left > 0; --left) {

@@ -259,7 +259,7 @@ QString plainText(const Decimal& decimal, char16_t decimalPoint)
     constexpr int LowestExponent = -4;
     const int exponent = decimal.point - 1;
     const auto decimals = static_cast<int>(decimal.digits.size()) - decimal.point;
-    // Deliberately not the usual rule alone: 1/12 reads 8,33333333333333E-02, for its plain form has 16 decimals.
+    // A plain form of more than 15 decimals gives way to the exponent: 1/12 reads 8,33333333333333E-02.
     if (decimal.isZero() || (exponent < MostDigits && exponent >= LowestExponent && decimals <= MostDigits))
         return fixedText(decimal, decimalPoint);
     Decimal mantissa = decimal;

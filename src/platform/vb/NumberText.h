@@ -34,7 +34,7 @@ struct NumberText
 /// Leading numeric part of a text; blanks are skipped everywhere and `skipped` (when not null) inside the whole part.
 [[nodiscard]] double leadingPart(QStringView text, char16_t decimalPoint, char16_t skipped);
 
-/// Plain text of a number: up to 15 digits, exponent form ("1E+15") where the runtime has it.
+/// Plain text of a number: up to 15 digits, exponent form ("1E+15") where those do not hold it.
 [[nodiscard]] QString plainText(const Decimal& decimal, char16_t decimalPoint);
 /// The same, never in exponent form below 1e15.
 [[nodiscard]] QString fixedText(const Decimal& decimal, char16_t decimalPoint);

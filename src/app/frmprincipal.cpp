@@ -8,8 +8,8 @@
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/WaitCursor.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/WindowPlacement.h"
-#include "shared/EntryGrid.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 
@@ -48,8 +48,8 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
 
     new platform::KeyFilter(m_ui->Text1, [this](int code) { return text1Key(code); });
     new platform::KeyFilter(m_ui->Text2, [](int code) { return code; }); // For the keypad's decimal key.
-    Module1::seleciona_ao_focar(*m_ui->Text1);
-    Module1::seleciona_ao_focar(*m_ui->Text2);
+    shared::seleciona_ao_focar(*m_ui->Text1);
+    shared::seleciona_ao_focar(*m_ui->Text2);
     for (platform::DatePicker* picker : {m_ui->DTP, m_ui->dtpI_0, m_ui->dtpI_1})
         picker->setValue(m_services.clock.today());
 
@@ -75,7 +75,7 @@ void frmprincipal::connectControls()
         if (button == Qt::RightButton)
             popupFer(position);
     });
-    connect(m_ui->Text1, &QLineEdit::textChanged, this, &frmprincipal::text1Change);
+    connect(m_ui->Text1, &QLineEdit::textChanged, this, [this] { handle([this] { text1Change(); }); });
     connect(new platform::FocusWatch(m_ui->Text1), &platform::FocusWatch::LostFocus, this,
             &frmprincipal::text1LostFocus);
     connect(m_ui->flexG, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) { handle([&] { flexGKey(*event); }); });
@@ -99,7 +99,7 @@ void frmprincipal::connectControls()
 
     connect(m_ui->FlexD, &FlexGrid::Click, this, [this] { Module1::marca_linha(*m_ui->FlexD); });
     connect(m_ui->FlexD, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (platform::isEnter(*event)) {
             event->accept();
             m_ui->Text2->setFocus();
         } else if (event->key() == Qt::Key_Space) {

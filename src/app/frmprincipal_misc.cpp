@@ -33,7 +33,7 @@ void frmprincipal::carrega_flexD()
 {
     const platform::WaitCursor wait;
     platform::FlexGrid& flexD = *m_ui->FlexD;
-    Module1::Fill fill(flexD, m_services.events);
+    shared::Fill fill(flexD, m_services.events);
     fill.ifItFails([this] { formata_flexD(); });
     formata_flexD();
     ado::Recordset items;

@@ -2,6 +2,7 @@
 
 #include "data/Settings.h"
 #include "platform/ado/Error.h"
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/Seams.h"
@@ -67,7 +68,8 @@ void StationDatabase::openMySql(platform::Messages& messages)
         m_dataConnection.Open(QStringLiteral("DRIVER={MySQL ODBC 3.51 Driver};") + QStringLiteral("user=") + user +
                               QStringLiteral(";password=") + password + QStringLiteral(";database=") + base +
                               QStringLiteral(";server=") + host + QStringLiteral(";option=") + QString::number(18475));
-    } catch (const ado::Error&) {
+    } catch (const ado::Error& error) {
+        platform::noteIgnored(error); // The operator is told that it failed, not why.
         messages.MsgBox(QStringLiteral("Houve erro de conexão, com a base de dados verifique erro(GRT8282)"));
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/ui/FlexGrid.h"
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/Seams.h"
+#include "platform/ui/Twips.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
@@ -16,24 +17,10 @@ namespace Module1 {
 namespace {
 
 constexpr int SeparatorLength = 112;
-constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
 constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
 
 } // namespace
-
-void seleciona_ao_focar(QLineEdit& box)
-{
-    using platform::FocusWatch;
-    QObject::connect(new FocusWatch(&box), &FocusWatch::GotFocus, &box, [&box](Qt::FocusReason reason) {
-        // The click that brings the focus moves the caret after this: select behind it.
-        if (reason == Qt::MouseFocusReason)
-            QMetaObject::invokeMethod(
-                &box, [&box] { seleciona_tudo(box); }, Qt::QueuedConnection);
-        else
-            seleciona_tudo(box);
-    });
-}
 
 char16_t filtra_numero(QLineEdit& box, char16_t key)
 {
@@ -87,7 +74,7 @@ void pinta_celula(platform::FlexGrid& grid, int column, quint32 bgr)
 void fecha_deslizando(QWidget& window, platform::EventPump& events)
 {
     const QPointer<QWidget> alive = &window;
-    const int step = qMax(1, SlideTwips * window.logicalDpiX() / TwipsPerInch);
+    const int step = qMax(1, SlideTwips * window.logicalDpiX() / platform::TwipsPerInch);
     const int edge = window.screen()->geometry().right();
     while (alive && window.isVisible() && window.x() <= edge) {
         const QPoint before = window.pos();
@@ -118,3 +105,20 @@ QString numero_planilha(const QDateTime& moment)
 }
 
 } // namespace Module1
+
+namespace shared {
+
+void seleciona_ao_focar(QLineEdit& box)
+{
+    using platform::FocusWatch;
+    QObject::connect(new FocusWatch(&box), &FocusWatch::GotFocus, &box, [&box](Qt::FocusReason reason) {
+        // The click that brings the focus moves the caret after this: select behind it.
+        if (reason == Qt::MouseFocusReason)
+            QMetaObject::invokeMethod(
+                &box, [&box] { Module1::seleciona_tudo(box); }, Qt::QueuedConnection);
+        else
+            Module1::seleciona_tudo(box);
+    });
+}
+
+} // namespace shared

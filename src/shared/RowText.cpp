@@ -6,7 +6,7 @@
 #include <array>
 #include <charconv>
 
-namespace Module1 {
+namespace shared {
 
 namespace {
 
@@ -72,4 +72,4 @@ void RowText::date(int index)
     open() += m_dateText;
 }
 
-} // namespace Module1
+} // namespace shared

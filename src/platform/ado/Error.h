@@ -21,9 +21,12 @@ public:
 
 private:
     int m_number;
+    /// The five characters of a driver's diagnosis; empty where there is none.
+    [[nodiscard]] const QString& sqlState() const noexcept { return m_sqlState; }
     QString m_text;
     QString m_statement;
     QByteArray m_what;
 };
 
 } // namespace ado
+    QString m_sqlState;

@@ -1,5 +1,6 @@
 #include "platform/ado/OdbcSession.h"
 
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/ado/OdbcDrivers.h"
 
 #include <array>

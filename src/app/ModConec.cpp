@@ -48,6 +48,8 @@ int Main(const Environment& environment)
         return 1;
     aguarde.close();
     if (!principal.isClosed())
+        platform::tellAndStay(environment.messages, [&] { principal.oferece_linhas(); });
+    if (!principal.isClosed())
         untilClosed.exec();
     return 0;
 }

@@ -4,11 +4,12 @@
 #include "app/HistoryRows.h"
 #include "app/PumpGrid.h"
 #include "data/StationDatabase.h"
+#include "platform/os/UserFolders.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/KeyFilter.h"
-#include "platform/ui/WaitCursor.h"
 #include "platform/ui/Keys.h"
+#include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
@@ -35,6 +36,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     , m_emitente(emitente)
     , m_printers(printers)
     , m_fer(new QMenu(this))
+    , m_mirror({database.folder(), database.name()}, platform::userStateFolder())
 {
     m_ui->setupUi(this);
     m_lb = {m_ui->lb_0, m_ui->lb_1, m_ui->lb_2, m_ui->lb_3, m_ui->lb_4, m_ui->lb_5, m_ui->lb_6};
@@ -85,6 +87,7 @@ void frmprincipal::connectControls()
         if (!m_loading)
             handle([this] { lista_do_dia(m_ui->DTP->Value()); });
     });
+    connect(m_ui->DTP, &DatePicker::Change, this, [this] { m_mirror.setDay(m_ui->DTP->Value()); });
     for (DatePicker* picker : {m_ui->dtpI_0, m_ui->dtpI_1}) {
         connect(picker, &DatePicker::Change, this, [this] {
             if (!m_loading)
@@ -126,7 +129,7 @@ void frmprincipal::carrega()
     }
     exec_t();
     carrega_flexD();
-    Module1::formata_flexG(*m_ui->flexG);
+    esvazia_flexG();
     m_database.convertNumberColumns();
     m_database.readConfig();
     m_ui->flex->setFocus();
@@ -147,6 +150,8 @@ void frmprincipal::carrega_planilha()
 
 bool frmprincipal::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == qApp && event->type() == QEvent::Quit)
+        m_sessionEnds = true; // At log-out; the windows are closed next.
     if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
         // An open menu of the menu bar keeps its keys.
         const auto* const widget = static_cast<QWidget*>(watched);
@@ -189,6 +194,8 @@ void frmprincipal::closeEvent(QCloseEvent* event)
     if (m_closed)
         return;
     m_closed = true;
+    if (!m_sessionEnds)
+        m_mirror.discard();
     m_timer1.stop();
     if (m_regua)
         m_regua->close();

@@ -189,9 +189,18 @@ bool frmprincipal::registra_leitura()
     if (vb::CDbl(lb(Litres)) <= -1)
         return false;
     platform::FlexGrid& flexG = *m_ui->flexG;
-    EntryGrid::add(flexG, {vb::Format(vb::Date::fromQDate(m_ui->DTP->Value()), u"DD/mm"), lb(PumpNumber),
-                           lb(PreviousReading), m_ui->Text1->text(), lb(Litres), lb(UnitPrice),
-                           lineTotal(lb(Litres), lb(UnitPrice)), lb(PumpTank), QStringLiteral("0")});
+    const QDate day = m_ui->DTP->Value();
+    const EntryGrid::Line line{vb::Format(vb::Date::fromQDate(day), u"DD/mm"),
+                               lb(PumpNumber),
+                               lb(PreviousReading),
+                               m_ui->Text1->text(),
+                               lb(Litres),
+                               lb(UnitPrice),
+                               lineTotal(lb(Litres), lb(UnitPrice)),
+                               lb(PumpTank),
+                               QStringLiteral("0")};
+    EntryGrid::add(flexG, line);
+    m_mirror.add(line, day, m_services.clock.now());
     flexG.setRow(flexG.Rows() - 1);
     mostra_total();
     platform::FlexGrid& flex = *m_ui->flex;
@@ -211,10 +220,17 @@ void frmprincipal::flexGKey(QKeyEvent& event)
     if (event.key() != Qt::Key_Delete || flexG.Rows() < 2 || m_fechando)
         return;
     event.accept();
-    if (flexG.Rows() == 2)
-        Module1::formata_flexG(flexG);
-    else
+    if (flexG.Rows() == 2) {
+        esvazia_flexG();
+    } else {
+        m_mirror.remove(flexG.Row());
         flexG.RemoveItem(flexG.Row());
+    }
     mostra_total();
 }
-    }
+
+void frmprincipal::esvazia_flexG()
+{
+    Module1::formata_flexG(*m_ui->flexG);
+    m_mirror.clear();
+}

@@ -36,6 +36,7 @@ void StationDatabase::open(platform::Messages& messages)
 void StationDatabase::openAccess()
 {
     m_accessPath = ReadSetting(QStringLiteral("Geral"), QStringLiteral("Caminho"), m_settingsPath);
+    m_name = m_accessPath;
     m_dataConnection.Open(QStringLiteral("Driver={Microsoft Access Driver (*.mdb)};Dbq=") + m_accessPath +
                               QStringLiteral(";Uid=Admin;Pwd=8282;"),
                           QString(), QString(), ado::adOptionUnspecified);
@@ -54,6 +55,8 @@ void StationDatabase::openMySql(platform::Messages& messages)
     const QString user = hosts.Fields(u"usuarioD").text();
     const QString password = hosts.Fields(u"Senha").text();
     hosts.Close();
+
+    m_name = host + u'/' + base;
 
     const QString section = QStringLiteral("Conexao");
     WriteSetting(section, QStringLiteral("host"), host, m_settingsPath);

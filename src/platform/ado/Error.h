@@ -17,16 +17,16 @@ public:
     [[nodiscard]] const QString& text() const noexcept { return m_text; }
     /// Empty when the failure belongs to no statement (connecting).
     [[nodiscard]] const QString& statement() const noexcept { return m_statement; }
+    /// The five characters of a driver's diagnosis; empty where there is none.
+    [[nodiscard]] const QString& sqlState() const noexcept { return m_sqlState; }
     [[nodiscard]] const char* what() const noexcept override { return m_what.constData(); }
 
 private:
     int m_number;
-    /// The five characters of a driver's diagnosis; empty where there is none.
-    [[nodiscard]] const QString& sqlState() const noexcept { return m_sqlState; }
     QString m_text;
     QString m_statement;
+    QString m_sqlState;
     QByteArray m_what;
 };
 
 } // namespace ado
-    QString m_sqlState;

@@ -96,11 +96,11 @@ OdbcSession::OdbcSession(std::unique_ptr<Link> link, int commandTimeout)
     m_dialect.isMySql = product.contains(QLatin1StringView("mysql"), Qt::CaseInsensitive) ||
                         product.contains(QLatin1StringView("mariadb"), Qt::CaseInsensitive);
     m_dialect.identifierQuote = information(SQL_IDENTIFIER_QUOTE_CHAR);
-    if (m_commandTimeout > 0 && m_dialect.isMySql) {
-        try {
-            (void)run(QStringLiteral("SET SESSION max_statement_time = %1").arg(m_commandTimeout));
-        } catch (const Error&) {
-            // Not every server knows such a limit.
+    if (m_dialect.isMySql) {
+        // The longest that every server takes, 24 days: the connection outlives idle days and holidays.
+        ask(QStringLiteral("SET SESSION wait_timeout = 2147483"));
+        if (m_commandTimeout > 0) {
+            ask(QStringLiteral("SET SESSION max_statement_time = %1").arg(m_commandTimeout));
         }
     }
 }

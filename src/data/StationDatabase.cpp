@@ -53,7 +53,7 @@ void StationDatabase::openMySql(platform::Messages& messages)
     const QString host = hosts.Fields(u"host").text();
     const QString base = hosts.Fields(u"basededados").text();
     const QString user = hosts.Fields(u"usuarioD").text();
-    const QString password = hosts.Fields(u"Senha").text();
+    const QString password = hosts.Fields(u"Senha").textOrEmpty(); // Null is an empty one.
     hosts.Close();
 
     m_name = host + u'/' + base;

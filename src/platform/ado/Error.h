@@ -11,7 +11,11 @@ namespace ado {
 class Error : public std::exception
 {
 public:
-    Error(int number, QString text, QString statement = {});
+    /// An Update found its row changed or gone since it was read; nothing was written. Open, change and Update may be
+    /// tried again.
+    static constexpr int Conflict = 3197;
+
+    Error(int number, QString text, QString statement = {}, QString sqlState = {});
 
     [[nodiscard]] int number() const noexcept { return m_number; }
     [[nodiscard]] const QString& text() const noexcept { return m_text; }

@@ -105,6 +105,37 @@ OdbcSession::OdbcSession(std::unique_ptr<Link> link, int commandTimeout)
     }
 }
 
+void OdbcSession::ask(const QString& statement) const
+{
+    try {
+        (void)run(statement);
+    } catch (const Error& error) {
+        platform::noteIgnored(error);
+    }
+}
+
+Error OdbcSession::failureOf(const Statement& statement, const QString& text) const
+{
+    constexpr int NoSuchTable = 1146;
+    const Error error = diagnosis(SQL_HANDLE_STMT, statement.get(), text);
+    if (error.number() != NoSuchTable || !m_dialect.isMySql) {
+        return error;
+    }
+    const QString question = QStringLiteral("SELECT @@lower_case_table_names");
+    const Statement setting = makeStatement();
+    if (!SQL_SUCCEEDED(SQLExecDirectW(setting.get(), wide(question), static_cast<SQLINTEGER>(question.size())))) {
+        return error;
+    }
+    const RowSet answer = fetchRows(setting, question);
+    if (answer.rowCount() == 0 || answer.value(0, 0).textOrEmpty() != u"0") {
+        return error;
+    }
+    return {error.number(),
+            error.text() + QStringLiteral("\n\nO servidor distingue maiúsculas de minúsculas nos nomes das tabelas. "
+                                          "Configure nele lower_case_table_names=1."),
+            error.statement(), error.sqlState()};
+}
+
 QString OdbcSession::information(SQLUSMALLINT kind) const
 {
     std::array<SQLWCHAR, 128> text{};
@@ -128,7 +159,7 @@ Statement OdbcSession::run(const QString& text) const
     Statement statement = makeStatement();
     const SQLRETURN result = SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
     if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) {
-        throw diagnosis(SQL_HANDLE_STMT, statement.get(), text);
+        throw failureOf(statement, text);
     }
     return statement;
 }

@@ -155,8 +155,7 @@ void frmCadBomba::grava()
         m_services.messages.MsgBox(QStringLiteral("Selecione o tanque"));
         return;
     }
-    // The existing pump is deleted before the checks that follow: where one of them fails it stays deleted,
-    // deliberately.
+    // The existing pump is deleted before the checks that follow: where one of them fails it stays deleted.
     if (!substitui_existente())
         return;
     if (!vb::IsNumeric(m_ui->tx_1->text())) {
@@ -182,7 +181,7 @@ void frmCadBomba::grava()
     const platform::InputQueue::GoingOn asked; // Escape answers the question
     if (!carrega_list1())
         return;
-    // Asked after every save, whether or not the tank is another one, deliberately.
+    // Asked after every save, whether or not the tank is another one.
     const auto answer = m_services.messages.MsgBox(
         QStringLiteral("Editar as leituras anteriores correspondente ao combustivel com o novo numero de TANQUE?"),
         platform::vbYesNo);
@@ -226,7 +225,7 @@ void frmCadBomba::exclui()
         return;
     m_services.DataConnection.Execute(QStringLiteral("Delete from planilhaposto where numerodispositivo = ") +
                                       pumpNumber());
-    // Three characters of the five-digit pump number: the pump number divided by 100, deliberately.
+    // Three characters of the five-digit pump number, so pump 701 deletes the item 7.
     m_services.DataConnection.Execute(QStringLiteral("Delete from EstoqueDiversos where CODIGO = ") +
                                       vb::plainDecimal(vb::leadingNumber(entry.left(3))));
     Q_EMIT pumpsChanged();

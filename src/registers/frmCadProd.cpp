@@ -186,7 +186,7 @@ void frmCadProd::grava()
 {
     if (!inputIsComplete())
         return;
-    // The box itself is rewritten, deliberately: it then shows the price as the server gets it.
+    // The box itself is rewritten: it then shows the price as the server gets it.
     if (m_services.dialect.isMySql())
         m_ui->Text2->setText(m_ui->Text2->text().replace(u',', u'.'));
     const QString description = m_ui->Label1->text();
@@ -205,7 +205,7 @@ void frmCadProd::grava()
             QStringList{description, code, price, code}.join(QStringLiteral("','")) + QStringLiteral("')"));
     } else if (m_services.messages.MsgBox(QStringLiteral("Aplicar as alterações para ") + description,
                                           platform::vbYesNo) == platform::MsgBoxResult::Yes) {
-        // codprod keeps its old value, deliberately.
+        // codprod keeps its old value.
         m_services.DataConnection.Execute(
             QStringLiteral("UPDATE cadProdComb set descritivo = '") + description + QStringLiteral("', valor = '") +
             price + QStringLiteral("', codigoestoque = '") + code + QStringLiteral("' where descritivo = '") +

@@ -31,7 +31,7 @@ enum Column { Key, ProductNumber, Date, Description, Credit, Debit, InvoiceNumbe
 constexpr quint32 PaleGreen = 0xC0FFC0;
 constexpr quint32 PaleOrange = 0xC0E0FF;
 
-/// The number of the selected product: its row key, not its stock code, deliberately.
+/// The number of the selected product: its row key, not its stock code.
 double productNumber(const QString& entry)
 {
     return vb::leadingNumber(shared::entryCode(entry));

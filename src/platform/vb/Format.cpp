@@ -85,7 +85,7 @@ QString formatNumber(Decimal decimal, const NumberPattern& pattern)
     };
 
     QVarLengthArray<QChar, 48> text;
-    // Deliberate: what rounds to nothing keeps its sign, -0.001 reads "-0,00".
+    // What rounds to nothing keeps its sign, -0.001 reads "-0,00".
     if (decimal.negative)
         text.append(u'-');
     for (int left = shownWhole; left > 0; --left) {

@@ -117,26 +117,30 @@ private slots:
     void leadingParts_data()
     {
         QTest::addColumn<QString>("text");
+        QTest::addColumn<double>("byPoint");
         QTest::addColumn<double>("byComma");
-        const auto row = [](const char16_t* text, double byComma) { numberedRow() << q(text) << byComma; };
-        row(u"00012 - GASOLINA", 12);
-        row(u"1.234,5", 1234.5);
-        row(u"-3,25x", -3.25);
-        row(u" 1 615 198th", 1615198);
-        row(u",5", 0.5);
-        row(u"1.2.3", 123);
-        row(u"1,2,3", 1.2);
-        row(u"1e3", 1000);
-        row(u"1e", 1);
-        row(u"7e999", 7);
-        row(u"R$ 5", 0);
-        row(u"&HFFFF", -1);
-        row(u"&HFFFF&", 65535);
-        row(u"&", 0);
+        const auto row = [](const char16_t* text, double byPoint, double byComma) {
+            numberedRow() << q(text) << byPoint << byComma;
+        };
+        row(u"00012 - GASOLINA", 12, 12);
+        row(u"1.234,5", 1.234, 1234.5);
+        row(u"-3,25x", -3, -3.25);
+        row(u" 1 615 198th", 1615198, 1615198);
+        row(u",5", 0, 0.5);
+        row(u"1.2.3", 1.2, 123);
+        row(u"1,2,3", 1, 1.2);
+        row(u"1e3", 1000, 1000);
+        row(u"1e", 1, 1);
+        row(u"7e999", 7, 7);
+        row(u"R$ 5", 0, 0);
+        row(u"&HFFFF", -1, -1);
+        row(u"&HFFFF&", 65535, 65535);
+        row(u"&", 0, 0);
     }
     void leadingParts()
     {
         QFETCH(QString, text);
+        QTEST(Val(text), "byPoint");
         QTEST(leadingNumber(text), "byComma");
     }
 

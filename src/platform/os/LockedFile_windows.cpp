@@ -2,7 +2,9 @@
 
 #include <array>
 
+#ifndef NOMINMAX
 #define NOMINMAX
+#endif
 #include <windows.h>
 
 #include <sddl.h>

@@ -75,6 +75,11 @@ bool IsNumeric(const Variant& value)
     return !value.isNull() && !value.isDate();
 }
 
+double Val(const QString& text)
+{
+    return leadingPart(text, u'.', 0);
+}
+
 double leadingNumber(const QString& text)
 {
     return leadingPart(text, u',', u'.');

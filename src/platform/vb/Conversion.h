@@ -14,6 +14,8 @@ namespace vb {
 /// sign before or after, brackets for negative, "R$", exponent e or d, &H and &O). Dates, Null and "" are not numeric.
 [[nodiscard]] bool IsNumeric(const Variant& value);
 
+/// Leading numeric part of a text with a POINT decimal, blanks skipped; 0 when there is none. Never raises.
+[[nodiscard]] double Val(const QString& text);
 /// Leading numeric part of a text by the regional settings (comma decimal, points skipped, blanks skipped); 0 when
 /// there is none. Never raises. The rule for boxes and list entries whose text begins with a number.
 [[nodiscard]] double leadingNumber(const QString& text);

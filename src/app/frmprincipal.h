@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/EntryMirror.h"
 #include "platform/print/Printers.h"
 
 #include <QMainWindow>
@@ -52,6 +53,10 @@ public:
     /// then ends.
     void carrega();
 
+    /// Offers the lines that a program on the same settings and database has left behind, if there are any. Called once
+    /// the window is up.
+    void oferece_linhas();
+
     [[nodiscard]] bool isClosed() const { return m_closed; }
 
 Q_SIGNALS:
@@ -96,6 +101,8 @@ private:
     bool registra_leitura();
     void mostra_total();
     void flexGKey(QKeyEvent& event);
+    void esvazia_flexG();
+    void retoma(EntryMirror::Left left);
 
     // Closing the sheet.
     void fecha_com_senha();
@@ -139,6 +146,9 @@ private:
     int m_linha = 0;         ///< The selected row of the pump grid.
     QString m_senhaExclusao; ///< "sim" once the password for deletions has been accepted in this run.
     QPointer<QWidget> m_regua;
+
+    EntryMirror m_mirror;       ///< Follows the entry grid.
+    bool m_sessionEnds = false; ///< The desktop ends the program, not the operator.
 
     bool m_loading = false;
     bool m_closed = false;

@@ -8,7 +8,7 @@
 #include <array>
 #include <charconv>
 
-namespace Module1 {
+namespace shared {
 
 namespace {
 
@@ -76,4 +76,4 @@ void RowText::date(int index)
     open() += m_dateText;
 }
 
-} // namespace Module1
+} // namespace shared

@@ -68,11 +68,11 @@ private Q_SLOTS:
 
     void listEntries()
     {
-        const QString entry = Module1::listEntry(7, u"Óleo - 1 L"_s);
+        const QString entry = shared::listEntry(7, u"Óleo - 1 L"_s);
         QCOMPARE(entry, u"00007 - Óleo - 1 L"_s);
-        QCOMPARE(Module1::entryCode(entry), u"00007"_s);
-        QCOMPARE(Module1::entryDescription(entry), u"Óleo - 1 L"_s);
-        QCOMPARE(Module1::entryDescription(u"0000"_s), QString());
+        QCOMPARE(shared::entryCode(entry), u"00007"_s);
+        QCOMPARE(shared::entryDescription(entry), u"Óleo - 1 L"_s);
+        QCOMPARE(shared::entryDescription(u"0000"_s), QString());
     }
 
     void gridHelpers()

@@ -165,7 +165,7 @@ private Q_SLOTS:
         auto& box = *new QLineEdit(&window);
         auto& next = *new QLineEdit(&window);
         for (QLineEdit* const one : {&box, &next})
-            Module1::seleciona_ao_focar(*one);
+            shared::seleciona_ao_focar(*one);
         next.setText(u"12,5"_s);
         support::open(window);
         box.setFocus();

@@ -40,6 +40,7 @@ public:
     {}
 
     [[nodiscard]] bool isNull() const { return std::holds_alternative<NullType>(m_value); }
+    [[nodiscard]] bool isText() const { return std::holds_alternative<QString>(m_value); }
     [[nodiscard]] bool isDate() const { return std::holds_alternative<Date>(m_value); }
 
     /// The value joined to an empty text: Null becomes "", numbers and dates their plain regional text.

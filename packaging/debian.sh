@@ -189,9 +189,8 @@ need() {
 }
 
 apt_refuses() {
-    tail -n 15 "$build_log" >&2
-    fail "The packages could not be installed (is the network there?). This is missing:$missing" "Install it and start again:" \
-        "    apt-get install --no-install-recommends$packages"
+    fail "apt-get could not install this, which is missing:$missing" "What it said is in $build_log (is the network there?)." \
+        "Install it and start again:" "    apt-get install --no-install-recommends$packages"
 }
 
 # build_preset PRESET [TARGET...]: configures and builds, quiet unless it fails.

@@ -18,9 +18,9 @@ void hand(const QString& words)
 {
     QProcess xdotool;
     xdotool.start(u"xdotool"_s, words.split(u' '));
-    QTRY_COMPARE_WITH_TIMEOUT(xdotool.state(), QProcess::NotRunning, 20'000);
+    QVERIFY(QTest::qWaitFor([&] { return xdotool.state() == QProcess::NotRunning; }, 20'000));
     QTest::qWait(100);
-    QTRY_VERIFY_WITH_TIMEOUT(platform::InputQueue::isIdle(), 20'000);
+    QVERIFY(QTest::qWaitFor([] { return platform::InputQueue::isIdle(); }, 20'000));
 }
 
 /// Long enough for many repeats of the server.

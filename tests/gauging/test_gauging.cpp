@@ -291,7 +291,7 @@ private Q_SLOTS:
         control<QComboBox>(*closing, "Combo1").setCurrentIndex(1);
         control<QComboBox>(*closing, "Combo1").setCurrentIndex(0);
         QCOMPARE(station.pump.count(), before + 4);
-        QTRY_VERIFY(!closing);
+        QVERIFY(QTest::qWaitFor([&] { return !closing; }));
     }
 
     void editsRows()
@@ -392,10 +392,10 @@ private Q_SLOTS:
         click(*editors().first(), "Command1");
         QCOMPARE(gauging.lines(), QStringList{u"10    845"_s});
         press(Qt::Key_Escape);
-        QTRY_VERIFY(editors().isEmpty());
+        QVERIFY(QTest::qWaitFor([&] { return editors().isEmpty(); }));
         QCOMPARE(gauging.lines(), QStringList{u"10    900"_s}); // Read again, for its table has changed.
         gauging.window->activateWindow();
-        QTRY_COMPARE(focused(), u"List1"_s);
+        QVERIFY(QTest::qWaitFor([&] { return focused() == u"List1"_s; }));
         QCOMPARE(gauging.at<QLineEdit>("tx_1").text(), u"0"_s);
     }
 };

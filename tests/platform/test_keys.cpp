@@ -102,9 +102,9 @@ public:
     ~Hand() { m_process.waitForFinished(); }
     void isDone()
     {
-        QTRY_COMPARE_WITH_TIMEOUT(m_process.state(), QProcess::NotRunning, patience);
+        QVERIFY(QTest::qWaitFor([&] { return m_process.state() == QProcess::NotRunning; }, patience));
         QTest::qWait(100);
-        QTRY_VERIFY_WITH_TIMEOUT(platform::InputQueue::isIdle(), patience);
+        QVERIFY(QTest::qWaitFor([&] { return platform::InputQueue::isIdle(); }, patience));
     }
 
 private:
@@ -177,7 +177,7 @@ private Q_SLOTS:
         };
         counter.open();
         hold(u"Return"_s);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QVERIFY(QTest::qWaitFor([&] { return !QApplication::activeModalWidget(); }));
         QCOMPARE(answer, platform::MsgBoxResult::No);
         QCOMPARE(counter.noted.size(), 1);
     }

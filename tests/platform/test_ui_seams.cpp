@@ -301,7 +301,7 @@ private Q_SLOTS:
         for (int call = 0; call < 100'000; ++call)
             events.DoEvents();
         QVERIFY2(spent.elapsed() < 1000, qPrintable(QString::number(spent.elapsed())));
-        QTRY_VERIFY_WITH_TIMEOUT((events.DoEvents(), ticks > 0), 1000);
+        QVERIFY(QTest::qWaitFor([&] { return events.DoEvents(), ticks > 0; }, 1000));
     }
 
     void typedDateCountsWhenComplete_data()
@@ -377,7 +377,7 @@ private Q_SLOTS:
         QCOMPARE(picker->text(), QStringLiteral("30/04/2026"));
         QVERIFY(QToolTip::text().contains(QStringLiteral("31/04/2026 não existe: fica 30/04/2026")));
         QTest::keyClick(picker, Qt::Key_Down, Qt::AltModifier);
-        QTRY_VERIFY(picker->calendarWidget()->isVisible());
+        QVERIFY(QTest::qWaitFor([&] { return picker->calendarWidget()->isVisible(); }));
         QCOMPARE(picker->calendarWidget()->locale().name(), QStringLiteral("pt_BR"));
         picker->calendarWidget()->window()->close();
     }
@@ -493,10 +493,10 @@ private Q_SLOTS:
         const auto chooseInTheList = [&list](std::initializer_list<Qt::Key> keys) {
             list.setFocus();
             list.showPopup();
-            QTRY_VERIFY(list.view()->isVisible());
+            QVERIFY(QTest::qWaitFor([&] { return list.view()->isVisible(); }));
             for (const Qt::Key key : keys)
                 QTest::keyClick(list.view(), key);
-            QTRY_VERIFY(!list.view()->isVisible());
+            QVERIFY(QTest::qWaitFor([&] { return !list.view()->isVisible(); }));
         };
         const auto turnTheWheel = [&list] {
             QWheelEvent turn(QPointF(5, 5), list.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, {},
@@ -525,7 +525,7 @@ private Q_SLOTS:
             const platform::WaitCursor wait;
             QTest::qWait(50);
             QVERIFY(!QGuiApplication::overrideCursor());
-            QTRY_VERIFY_WITH_TIMEOUT(QGuiApplication::overrideCursor(), 2000);
+            QVERIFY(QTest::qWaitFor([&] { return QGuiApplication::overrideCursor() != nullptr; }, 2000));
         }
         QVERIFY(!QGuiApplication::overrideCursor());
     }

@@ -61,9 +61,9 @@ private Q_SLOTS:
         type(u"a0-5.x"_s);
         QCOMPARE(pumps.tx(2).text(), u"-05,"_s);
         press({Qt::Key_Backspace, Qt::Key_Home, Qt::Key_Delete, Qt::Key_Return});
-        QTRY_VERIFY(pumps.product.view()->isVisible());
+        QVERIFY(QTest::qWaitFor([&] { return pumps.product.view()->isVisible(); }));
         press({Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
-        QTRY_VERIFY(!pumps.product.view()->isVisible());
+        QVERIFY(QTest::qWaitFor([&] { return !pumps.product.view()->isVisible(); }));
         press(Qt::Key_Return);
         QCOMPARE(pumps.tx(0).selectedText(), u"Gasolina comum"_s);
         enter(u"bomba açaí - 5"_s);

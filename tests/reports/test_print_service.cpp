@@ -8,6 +8,8 @@
 #include "support/PdfText.h"
 #include "support/PrintDoubles.h"
 
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <csignal>

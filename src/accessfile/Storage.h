@@ -99,6 +99,13 @@ struct OpenOptions
 /// Evaluates a stored default expression to a value of the column's type; set by the SQL layer.
 using DefaultEvaluator = std::function<Value(const Column&, std::string_view expression)>;
 
+/// What a self-check finds, a line each.
+struct SelfCheck
+{
+    std::vector<std::string> faults; ///< What a reader may stumble over, or what gets lost.
+    std::vector<std::string> notes;  ///< What Access leaves behind and nothing suffers from: lost space, old counts.
+};
+
 /// An open file. Locked against every other process while it lives; opened read-only where it cannot be written.
 /// A statement is the unit of change: between beginStatement and commitStatement everything is in memory; commit makes
 /// it durable through the rollback journal, all or nothing; rollback forgets it.
@@ -133,8 +140,8 @@ public:
     virtual void rollbackStatement() noexcept = 0;
 
     virtual void setDefaultEvaluator(DefaultEvaluator evaluator) = 0;
-    /// Self-check of the whole file: one line per fault, empty when it is sound.
-    [[nodiscard]] virtual std::vector<std::string> verify() = 0;
+    /// Self-check of the whole file.
+    [[nodiscard]] virtual SelfCheck verify() = 0;
 };
 
 /// Sort key of a text in the file format's General order; equal keys mean equal texts (case and trailing blanks

@@ -2,6 +2,7 @@
 
 #include "platform/ado/Connection.h"
 #include "platform/ado/Recordset.h"
+#include "platform/ado/Retry.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 #include "shared/EntryGrid.h"
@@ -19,14 +20,16 @@ QString shown(const QString& number)
 
 void deductFromStock(ado::Connection& connection, double stockCode, const QString& litres)
 {
-    ado::Recordset stock;
-    stock.Open(QStringLiteral("Select quantidade, codigo from estoque where codigo = ") + vb::CStr(stockCode),
-               connection);
-    if (stock.RecordCount() > 0) {
-        stock.SetField(u"quantidade", vb::CCur(stock.Fields(u"quantidade")) - vb::CCur(litres));
-        stock.Update();
-    }
-    stock.Close();
+    ado::againOnConflict([&] {
+        ado::Recordset stock;
+        stock.Open(QStringLiteral("Select quantidade, codigo from estoque where codigo = ") + vb::CStr(stockCode),
+                   connection);
+        if (stock.RecordCount() > 0) {
+            stock.SetField(u"quantidade", vb::CCur(stock.Fields(u"quantidade")) - vb::CCur(litres));
+            stock.Update();
+        }
+        stock.Close();
+    });
 }
 
 } // namespace

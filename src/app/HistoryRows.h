@@ -63,7 +63,7 @@ private:
     int m_price;
     int m_calibration;
     int m_key;
-    Module1::RowText m_row;
+    shared::RowText m_row;
 };
 
 /// One pump's readings of a period, summed up.

@@ -18,10 +18,13 @@ int Main(const Environment& environment)
 {
     data::StationDatabase database(environment.folder);
     environment.events.DoEvents();
-    if (!platform::orEndProgram(environment.messages, [&] { database.open(environment.messages); }))
+    Emitente emitente;
+    if (!platform::orEndProgram(environment.messages, [&] {
+            database.open(environment.messages);
+            database.addStockCodeColumn();
+            emitente = Module1::carrega_emitente(database.DataConnection());
+        }))
         return 1;
-    database.addStockCodeColumn();
-    const Emitente emitente = Module1::carrega_emitente(database.DataConnection());
 
     const Services services{database.DataConnection(), database.dialect(), environment.messages, environment.clock,
                             environment.events};
@@ -44,6 +47,8 @@ int Main(const Environment& environment)
         }))
         return 1;
     aguarde.close();
+    if (!principal.isClosed())
+        platform::tellAndStay(environment.messages, [&] { principal.oferece_linhas(); });
     if (!principal.isClosed())
         untilClosed.exec();
     return 0;

@@ -60,7 +60,7 @@ void formata(platform::FlexGrid& flex)
 
 std::optional<QDate> carrega_planilha(platform::FlexGrid& flex, const Services& services)
 {
-    Module1::Fill fill(flex, services.events);
+    shared::Fill fill(flex, services.events);
     formata(flex);
     std::optional<QDate> firstDate;
     platform::leaveQuietly([&] {

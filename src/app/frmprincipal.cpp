@@ -4,12 +4,13 @@
 #include "app/HistoryRows.h"
 #include "app/PumpGrid.h"
 #include "data/StationDatabase.h"
+#include "platform/os/UserFolders.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/KeyFilter.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
-#include "shared/EntryGrid.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
 
@@ -36,8 +37,10 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
     , m_emitente(emitente)
     , m_printers(printers)
     , m_fer(new QMenu(this))
+    , m_mirror({database.folder(), database.name()}, platform::userStateFolder())
 {
     m_ui->setupUi(this);
+    m_text1Focus = new platform::FocusWatch(m_ui->Text1);
     m_lb = {m_ui->lb_0, m_ui->lb_1, m_ui->lb_2, m_ui->lb_3, m_ui->lb_4, m_ui->lb_5, m_ui->lb_6};
     m_timer1.setObjectName(QStringLiteral("Timer1"));
     m_timer1.setInterval(BlinkInterval);
@@ -49,8 +52,8 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
 
     new platform::KeyFilter(m_ui->Text1, [this](int code) { return text1Key(code); });
     new platform::KeyFilter(m_ui->Text2, [](int code) { return code; }); // For the keypad's decimal key.
-    Module1::seleciona_ao_focar(*m_ui->Text1);
-    Module1::seleciona_ao_focar(*m_ui->Text2);
+    shared::seleciona_ao_focar(*m_ui->Text1);
+    shared::seleciona_ao_focar(*m_ui->Text2);
     for (platform::DatePicker* picker : {m_ui->DTP, m_ui->dtpI_0, m_ui->dtpI_1})
         picker->setValue(m_services.clock.today());
 
@@ -68,6 +71,7 @@ frmprincipal::frmprincipal(const Services& services, data::StationDatabase& data
 frmprincipal::~frmprincipal()
 {
     qApp->removeEventFilter(this);
+    m_text1Focus->disconnect(this); // The box loses the focus when it goes, and this window is gone by then.
 }
 
 void frmprincipal::connectControls()
@@ -80,9 +84,8 @@ void frmprincipal::connectControls()
         if (button == Qt::RightButton)
             popupFer(position);
     });
-    connect(m_ui->Text1, &QLineEdit::textChanged, this, &frmprincipal::text1Change);
-    connect(new platform::FocusWatch(m_ui->Text1), &platform::FocusWatch::LostFocus, this,
-            &frmprincipal::text1LostFocus);
+    connect(m_ui->Text1, &QLineEdit::textChanged, this, [this] { handle([this] { text1Change(); }); });
+    connect(m_text1Focus, &platform::FocusWatch::LostFocus, this, &frmprincipal::text1LostFocus);
     connect(m_ui->flexG, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) { handle([&] { flexGKey(*event); }); });
     connect(m_ui->btf, &QPushButton::clicked, this, [this] { handle([this] { fecha_com_senha(); }); });
 
@@ -90,6 +93,7 @@ void frmprincipal::connectControls()
         if (!m_loading)
             handle([this] { lista_do_dia(m_ui->DTP->Value()); });
     });
+    connect(m_ui->DTP, &DatePicker::Change, this, [this] { m_mirror.setDay(m_ui->DTP->Value()); });
     for (DatePicker* picker : {m_ui->dtpI_0, m_ui->dtpI_1}) {
         connect(picker, &DatePicker::Change, this, [this] {
             if (!m_loading)
@@ -104,7 +108,7 @@ void frmprincipal::connectControls()
 
     connect(m_ui->FlexD, &FlexGrid::Click, this, [this] { Module1::marca_linha(*m_ui->FlexD); });
     connect(m_ui->FlexD, &FlexGrid::KeyDown, this, [this](QKeyEvent* event) {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (platform::isEnter(*event)) {
             event->accept();
             m_ui->Text2->setFocus();
         } else if (event->key() == Qt::Key_Space) {
@@ -131,7 +135,7 @@ void frmprincipal::carrega()
     }
     exec_t();
     carrega_flexD();
-    Module1::formata_flexG(*m_ui->flexG);
+    esvazia_flexG();
     m_database.convertNumberColumns();
     m_database.readConfig();
     m_ui->flex->setFocus();
@@ -152,6 +156,8 @@ void frmprincipal::carrega_planilha()
 
 bool frmprincipal::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == qApp && event->type() == QEvent::Quit)
+        m_sessionEnds = true; // At log-out; the windows are closed next.
     if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
         // An open menu of the menu bar keeps its keys.
         const auto* const widget = static_cast<QWidget*>(watched);
@@ -194,6 +200,8 @@ void frmprincipal::closeEvent(QCloseEvent* event)
     if (m_closed)
         return;
     m_closed = true;
+    if (!m_sessionEnds)
+        m_mirror.discard();
     m_timer1.stop();
     if (m_regua)
         m_regua->close();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/EntryMirror.h"
 #include "platform/print/Printers.h"
 
 #include <QMainWindow>
@@ -29,7 +30,8 @@ struct Totals;
 }
 namespace platform {
 class FlexGrid;
-}
+class FocusWatch;
+} // namespace platform
 namespace reports {
 struct ReportServices;
 }
@@ -50,6 +52,10 @@ public:
     /// Fills the window before it is shown. Raises ado::Error and vb::Error where a step is unguarded: the start-up
     /// then ends.
     void carrega();
+
+    /// Offers the lines that a program on the same settings and database has left behind, if there are any. Called once
+    /// the window is up.
+    void oferece_linhas();
 
     [[nodiscard]] bool isClosed() const { return m_closed; }
 
@@ -95,6 +101,8 @@ private:
     bool registra_leitura();
     void mostra_total();
     void flexGKey(QKeyEvent& event);
+    void esvazia_flexG();
+    void retoma(EntryMirror::Left left);
 
     // Closing the sheet.
     void fecha_com_senha();
@@ -132,11 +140,15 @@ private:
     const platform::Printers m_printers;
 
     std::array<QLabel*, LbCount> m_lb{};
+    platform::FocusWatch* m_text1Focus = nullptr;
     QMenu* const m_fer; ///< The pop-up menu of the pump grid; not in the menu bar.
     QTimer m_timer1{this};
     int m_linha = 0;         ///< The selected row of the pump grid.
     QString m_senhaExclusao; ///< "sim" once the password for deletions has been accepted in this run.
     QPointer<QWidget> m_regua;
+
+    EntryMirror m_mirror;       ///< Follows the entry grid.
+    bool m_sessionEnds = false; ///< The desktop ends the program, not the operator.
 
     bool m_loading = false;
     bool m_closed = false;

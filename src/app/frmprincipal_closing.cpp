@@ -45,7 +45,7 @@ void frmprincipal::fecha_l()
     }
     if (!closed)
         return;
-    Module1::formata_flexG(*m_ui->flexG);
+    esvazia_flexG();
     mostra_total();
     lista_do_dia(day);
     if (m_closeAfterwards)
@@ -85,7 +85,9 @@ bool frmprincipal::fecha_linhas(QDate day)
                                "- Após inseridos tente novamente fechar o lançamento"));
             return false;
         }
+        m_mirror.begin(row);
         Closing::write(m_services, line, dateTime, product, deduct);
+        m_mirror.stored(row);
         m_services.events.DoEvents();
     }
     return true;

@@ -85,7 +85,7 @@ void frmprincipal::exclui_leituras()
 void frmprincipal::mostra_excluidos()
 {
     const platform::InputQueue::GoingOn shown; // Escape leaves the log, and not the program
-    Module1::Fill fill(*m_ui->List1, m_services.events);
+    shared::Fill fill(*m_ui->List1, m_services.events);
     m_ui->List1->clear();
     ado::Recordset log;
     log.Open(QStringLiteral("Select * from ExcluidosLeituraBomba order by dataE;"), m_services.DataConnection);

@@ -5,6 +5,7 @@
 #include "data/Dialect.h"
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
+#include "platform/ui/Keys.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Error.h"
 #include "platform/vb/Format.h"
@@ -30,11 +31,6 @@ void paint(QLabel& label, const QColor& colour)
     palette.setColor(QPalette::Window, colour);
     palette.setColor(QPalette::WindowText, Qt::black);
     label.setPalette(palette);
-}
-
-bool isEnter(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
 
 /// Value of a line, rounded once; empty where it does not fit a money amount.
@@ -66,7 +62,7 @@ void frmprincipal::flexKey(QKeyEvent& event)
         popupFer(m_ui->flex->viewport()->mapToGlobal(m_ui->flex->visualRect(m_ui->flex->currentIndex()).bottomLeft()));
         return;
     }
-    if (!isEnter(event))
+    if (!platform::isEnter(event))
         return;
     event.accept();
     if (m_ui->flex->Rows() < 2)
@@ -157,21 +153,24 @@ int frmprincipal::text1Key(int code)
     key = Module1::filtra_numero(*m_ui->Text1, static_cast<char16_t>(key));
     if (key != u'\r')
         return key;
-    platform::leaveQuietly([this] {
+    const auto enter = [this] {
         m_services.events.DoEvents();
         const bool registered = registra_leitura();
         m_services.events.DoEvents();
         if (registered && m_ui->Text1->hasFocus())
             m_ui->flex->setFocus();
-    });
+    };
+    handle([&] { platform::leaveQuietly(enter); });
     return 0;
 }
 
 void frmprincipal::text1Change()
 {
+    const std::optional<vb::Currency> current = vb::parseCurrency(m_ui->Text1->text());
+    const std::optional<vb::Currency> previous = vb::parseCurrency(lb(PreviousReading));
     // A reading that is no number yet leaves the last result.
-    platform::leaveQuietly(
-        [this] { setLb(Litres, vb::CStr(vb::CCur(m_ui->Text1->text()) - vb::CCur(lb(PreviousReading)))); });
+    if (current && previous)
+        platform::leaveQuietly([&] { setLb(Litres, vb::CStr(*current - *previous)); });
 }
 
 void frmprincipal::text1LostFocus()
@@ -190,9 +189,18 @@ bool frmprincipal::registra_leitura()
     if (vb::CDbl(lb(Litres)) <= -1)
         return false;
     platform::FlexGrid& flexG = *m_ui->flexG;
-    EntryGrid::add(flexG, {vb::Format(vb::Date::fromQDate(m_ui->DTP->Value()), u"DD/mm"), lb(PumpNumber),
-                           lb(PreviousReading), m_ui->Text1->text(), lb(Litres), lb(UnitPrice),
-                           lineTotal(lb(Litres), lb(UnitPrice)), lb(PumpTank), QStringLiteral("0")});
+    const QDate day = m_ui->DTP->Value();
+    const EntryGrid::Line line{vb::Format(vb::Date::fromQDate(day), u"DD/mm"),
+                               lb(PumpNumber),
+                               lb(PreviousReading),
+                               m_ui->Text1->text(),
+                               lb(Litres),
+                               lb(UnitPrice),
+                               lineTotal(lb(Litres), lb(UnitPrice)),
+                               lb(PumpTank),
+                               QStringLiteral("0")};
+    EntryGrid::add(flexG, line);
+    m_mirror.add(line, day, m_services.clock.now());
     flexG.setRow(flexG.Rows() - 1);
     mostra_total();
     platform::FlexGrid& flex = *m_ui->flex;
@@ -212,9 +220,17 @@ void frmprincipal::flexGKey(QKeyEvent& event)
     if (event.key() != Qt::Key_Delete || flexG.Rows() < 2 || m_fechando)
         return;
     event.accept();
-    if (flexG.Rows() == 2)
-        Module1::formata_flexG(flexG);
-    else
+    if (flexG.Rows() == 2) {
+        esvazia_flexG();
+    } else {
+        m_mirror.remove(flexG.Row());
         flexG.RemoveItem(flexG.Row());
+    }
     mostra_total();
+}
+
+void frmprincipal::esvazia_flexG()
+{
+    Module1::formata_flexG(*m_ui->flexG);
+    m_mirror.clear();
 }

@@ -36,7 +36,7 @@ void frmprincipal::carrega_flex1Expandido(ado::Recordset& readings)
 {
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
-    Module1::Fill fill(flex2, m_services.events, readings.RecordCount());
+    shared::Fill fill(flex2, m_services.events, readings.RecordCount());
     fill.ifItFails([this] { esvazia_flex2(); });
     HistoryRows::formataflex2(flex2);
 
@@ -66,7 +66,7 @@ void frmprincipal::carrega_flex1Consolidado()
 {
     const QScopedValueRollback<int> filling(m_historyFills, m_historyFills + 1);
     platform::FlexGrid& flex2 = *m_ui->flex2;
-    Module1::Fill fill(flex2, m_services.events);
+    shared::Fill fill(flex2, m_services.events);
     fill.ifItFails([this] { esvazia_flex2(); });
     HistoryRows::formataflex2(flex2);
 

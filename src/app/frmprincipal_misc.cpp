@@ -2,6 +2,7 @@
 #include "ui_frmprincipal.h"
 
 #include "platform/ado/Recordset.h"
+#include "platform/ado/Retry.h"
 #include "platform/ui/Seams.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/vb/Conversion.h"
@@ -33,7 +34,7 @@ void frmprincipal::carrega_flexD()
 {
     const platform::WaitCursor wait;
     platform::FlexGrid& flexD = *m_ui->FlexD;
-    Module1::Fill fill(flexD, m_services.events);
+    shared::Fill fill(flexD, m_services.events);
     fill.ifItFails([this] { formata_flexD(); });
     formata_flexD();
     ado::Recordset items;
@@ -77,13 +78,15 @@ void frmprincipal::baixa_item()
     Module1::lanca_controle(m_services, code, flexD.TextMatrix(row, Description), typed, QString(),
                             QStringLiteral("deb"));
 
-    ado::Recordset item;
-    item.Open(QStringLiteral("Select codigo, quantidade from EstoqueDiversos where codigo = ") +
-                  vb::CStr(vb::CDbl(code)),
-              m_services.DataConnection);
-    item.SetField(u"quantidade", vb::Format(vb::CCur(item.Fields(u"quantidade")) - vb::CCur(typed), u"##,#0.00"));
-    item.Update();
-    item.Close();
+    ado::againOnConflict([&] {
+        ado::Recordset item;
+        item.Open(QStringLiteral("Select codigo, quantidade from EstoqueDiversos where codigo = ") +
+                      vb::CStr(vb::CDbl(code)),
+                  m_services.DataConnection);
+        item.SetField(u"quantidade", vb::Format(vb::CCur(item.Fields(u"quantidade")) - vb::CCur(typed), u"##,#0.00"));
+        item.Update();
+        item.Close();
+    });
 
     // The header and this one line: the row leaves the grid, which is read again by its button only.
     if (flexD.Rows() < 3)

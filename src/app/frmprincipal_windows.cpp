@@ -27,7 +27,7 @@ void frmprincipal::abre_bombas()
     }
     products.Close();
     frmCadBomba window(m_services, this);
-    connect(&window, &frmCadBomba::pumpsChanged, this, &frmprincipal::carrega_planilha);
+    connect(&window, &frmCadBomba::pumpsChanged, this, [this] { handle([this] { carrega_planilha(); }); });
     window.exec();
 }
 
@@ -36,7 +36,7 @@ void frmprincipal::abre_produtos()
     if (m_gate.RequireSupervisor())
         return;
     frmCadProd window(m_services, this);
-    connect(&window, &frmCadProd::pumpsChanged, this, &frmprincipal::carrega_planilha);
+    connect(&window, &frmCadProd::pumpsChanged, this, [this] { handle([this] { carrega_planilha(); }); });
     window.exec();
 }
 

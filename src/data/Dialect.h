@@ -14,9 +14,6 @@ public:
     explicit Dialect(const QString& connectionType = {});
 
     [[nodiscard]] bool isMySql() const { return m_isMySql; }
-    /// The blanks around the delimiter are part of the statements' text.
-    [[nodiscard]] const QString& DateDelimiter() const { return m_dateDelimiter; }
-    [[nodiscard]] const QString& DateFormat() const { return m_dateFormat; }
 
     /// Delimiter, date, delimiter: the literal of every filter on a date column.
     [[nodiscard]] QString dateLiteral(QDate date) const;
@@ -27,7 +24,7 @@ public:
 
 private:
     bool m_isMySql;
-    QString m_dateDelimiter;
+    QString m_dateDelimiter; ///< The blanks around it are part of the statements' text.
     QString m_dateFormat;
 };
 

@@ -1,5 +1,6 @@
 #include "data/Settings.h"
 
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/os/PrivateProfile.h"
 
 namespace data {
@@ -15,7 +16,8 @@ QString ReadSetting(const QString& section, const QString& key, const QString& f
 
 void WriteSetting(const QString& section, const QString& key, const QString& value, const QString& file)
 {
-    platform::WritePrivateProfileString(section, key, value, file);
+    if (!platform::WritePrivateProfileString(section, key, value, file))
+        qCWarning(platform::ignoredErrors) << "not written:" << key << file;
 }
 
 } // namespace data

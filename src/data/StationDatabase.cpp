@@ -2,6 +2,7 @@
 
 #include "data/Settings.h"
 #include "platform/ado/Error.h"
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/ado/Recordset.h"
 #include "platform/ui/Boundary.h"
 #include "platform/ui/Seams.h"
@@ -35,6 +36,7 @@ void StationDatabase::open(platform::Messages& messages)
 void StationDatabase::openAccess()
 {
     m_accessPath = ReadSetting(QStringLiteral("Geral"), QStringLiteral("Caminho"), m_settingsPath);
+    m_name = m_accessPath;
     m_dataConnection.Open(QStringLiteral("Driver={Microsoft Access Driver (*.mdb)};Dbq=") + m_accessPath +
                               QStringLiteral(";Uid=Admin;Pwd=8282;"),
                           QString(), QString(), ado::adOptionUnspecified);
@@ -51,8 +53,10 @@ void StationDatabase::openMySql(platform::Messages& messages)
     const QString host = hosts.Fields(u"host").text();
     const QString base = hosts.Fields(u"basededados").text();
     const QString user = hosts.Fields(u"usuarioD").text();
-    const QString password = hosts.Fields(u"Senha").text();
+    const QString password = hosts.Fields(u"Senha").textOrEmpty(); // Null is an empty one.
     hosts.Close();
+
+    m_name = host + u'/' + base;
 
     const QString section = QStringLiteral("Conexao");
     WriteSetting(section, QStringLiteral("host"), host, m_settingsPath);
@@ -67,7 +71,8 @@ void StationDatabase::openMySql(platform::Messages& messages)
         m_dataConnection.Open(QStringLiteral("DRIVER={MySQL ODBC 3.51 Driver};") + QStringLiteral("user=") + user +
                               QStringLiteral(";password=") + password + QStringLiteral(";database=") + base +
                               QStringLiteral(";server=") + host + QStringLiteral(";option=") + QString::number(18475));
-    } catch (const ado::Error&) {
+    } catch (const ado::Error& error) {
+        platform::noteIgnored(error); // The operator is told that it failed, not why.
         messages.MsgBox(QStringLiteral("Houve erro de conexão, com a base de dados verifique erro(GRT8282)"));
     }
 }

@@ -33,9 +33,9 @@ public:
 
     [[nodiscard]] ado::Connection& DataConnection() { return m_dataConnection; }
     [[nodiscard]] const Dialect& dialect() const { return m_dialect; }
-    [[nodiscard]] const QString& SettingsPath() const { return m_settingsPath; }
-    [[nodiscard]] const QString& ConnectionType() const { return m_connectionType; }
-    [[nodiscard]] const QString& AccessPath() const { return m_accessPath; }
+    [[nodiscard]] const QString& folder() const { return m_folder; }
+    /// What was asked to be opened: an Access file's path as the settings name it, or host and database of a server.
+    [[nodiscard]] const QString& name() const { return m_name; }
     /// "nao", to the letter, keeps closings from deducting stock; every other text means that they do.
     [[nodiscard]] const QString& BaixarDoEstoque() const { return m_baixarDoEstoque; }
 
@@ -47,6 +47,7 @@ private:
     QString m_settingsPath;
     QString m_connectionType;
     QString m_accessPath;
+    QString m_name;
     QString m_baixarDoEstoque;
     Dialect m_dialect;
     ado::Connection m_dataConnection;

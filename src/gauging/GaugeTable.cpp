@@ -2,6 +2,7 @@
 
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
+#include "shared/Tanks.h"
 
 #include <QHash>
 
@@ -16,10 +17,7 @@ constexpr int CentimetresLength = 3;
 
 QStringList tankNames()
 {
-    QStringList names;
-    for (int number = 1; number <= TankCount; ++number)
-        names << QStringLiteral("TANQUE_") + QString::number(number);
-    return names;
+    return shared::tankNames(TankCount);
 }
 
 int& changesOf(const QString& tank)

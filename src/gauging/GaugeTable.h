@@ -10,7 +10,7 @@
 // litres.
 namespace GaugeTable {
 
-/// TANQUE_1 to TANQUE_5: names of the tanks and of their gauge tables. The number is fixed.
+/// The five tanks that are gauged; the pump register knows a sixth.
 [[nodiscard]] QStringList tankNames();
 
 /// Counts the changes that this program has made to a tank's table; a list that was read at another count is old.
@@ -28,8 +28,7 @@ struct Reading
 
 /// The reading that two texts stand for; an empty or non-numeric text counts as zero.
 [[nodiscard]] Reading readingOfTexts(const QString& centimetres, const QString& litres);
-/// The reading that a list line stands for. Depths of more than three characters spill over into the litres: the limit
-/// of the line's layout, deliberate.
+/// The reading that a list line stands for. Depths of more than three characters spill over into the litres.
 [[nodiscard]] Reading readingOfLine(const QString& line);
 
 /// What the operator is told about a tank without a gauge table.

@@ -7,6 +7,7 @@
 #include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/KeyFilter.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/TypedNumber.h"
@@ -24,7 +25,7 @@ frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     auto* const enterMovesOn = new platform::EnterMovesOn(this);
     enterMovesOn->watch(m_ui->Combo1);
     for (QLineEdit* const box : {m_ui->Text1, m_ui->Text2}) {
-        Module1::seleciona_ao_focar(*box);
+        shared::seleciona_ao_focar(*box);
         new platform::KeyFilter(box, [](int code) { return code; }); // for the keypad's decimal key
         enterMovesOn->watch(box);
     }
@@ -37,7 +38,7 @@ frmEditTabTanque::frmEditTabTanque(const Services& services, QWidget* parent)
     connect(m_ui->flex, &platform::FlexGrid::Click, this, [this] { handle([this] { escolhe_linha(); }); });
     // Enter chooses the row that the arrow keys have reached.
     connect(m_ui->flex, &platform::FlexGrid::KeyDown, this, [this](QKeyEvent* key) {
-        if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter)
+        if (!platform::isEnter(*key))
             return;
         key->accept();
         handle([this] { escolhe_linha(); });
@@ -77,11 +78,11 @@ void frmEditTabTanque::carrega_tabela()
 {
     ado::Recordset table;
     {
-        Module1::Fill fill(*m_ui->flex, m_services.events);
+        shared::Fill fill(*m_ui->flex, m_services.events);
         fill.ifItFails([this] { formata_flex(); });
         table.Open(QStringLiteral("Select * from ") + m_ui->Combo1->currentText() + QStringLiteral(" order by cma ;"),
                    m_services.DataConnection);
-        // Without rows in this table the rows of the tank before stay on screen, deliberately.
+        // Without rows in this table the rows of the tank before stay on screen.
         if (table.RecordCount() > 0)
             formata_flex();
         const int id = table.fieldIndex(u"id");
@@ -129,7 +130,7 @@ void frmEditTabTanque::escolhe_linha()
         return;
     mostra_linha();
     m_ui->Text1->setText(m_ui->lb_0->text());
-    // With the blanks that align it in the grid, deliberately: they are stored and shown again as they are.
+    // With the blanks that align it in the grid: they are stored and shown again as they are.
     m_ui->Text2->setText(m_ui->lb_1->text());
 }
 

@@ -9,6 +9,7 @@
 #include "platform/ui/ComboBox.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/KeyFilter.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
@@ -23,11 +24,6 @@ namespace {
 
 /// From this many characters on, typed litres count instead of the selected line.
 constexpr int ManualLength = 2;
-
-bool isEnter(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
 
 /// Digits, the decimal comma (a point becomes one), Backspace and Enter.
 int figureKey(int code)
@@ -47,7 +43,7 @@ frmReguaL::frmReguaL(const Services& services, QWidget* parent)
 {
     m_ui->setupUi(this);
     for (QLineEdit* const box : {m_ui->tx_0, m_ui->tx_1}) {
-        Module1::seleciona_ao_focar(*box);
+        shared::seleciona_ao_focar(*box);
         new platform::KeyFilter(box, figureKey); // Owned by the box.
     }
     auto* const enterMovesOn = new platform::EnterMovesOn(this);
@@ -74,7 +70,7 @@ frmReguaL::~frmReguaL() = default;
 void frmReguaL::load()
 {
     handle([this] { escolhe_tanque(); });
-    carrega_historico(); // a second time, deliberately: it comes even where the tank has no table
+    carrega_historico(); // a second time: it comes even where the tank has no table
 }
 
 /// Coming to the window puts the focus on the list. Coming back from a message box, or from another program, leaves it
@@ -115,7 +111,7 @@ bool frmReguaL::eventFilter(QObject* watched, QEvent* event)
             m_ui->tx_0->setText(QStringLiteral("0"));
             m_ui->tx_1->setText(QStringLiteral("0"));
         }
-    } else if (isOurs && event->type() == QEvent::KeyPress && isEnter(*static_cast<QKeyEvent*>(event))) {
+    } else if (isOurs && event->type() == QEvent::KeyPress && platform::isEnter(*static_cast<QKeyEvent*>(event))) {
         if (watched == m_ui->DTP)
             m_ui->Combo1->setFocus();
         else if (watched == m_ui->Combo1)
@@ -143,7 +139,7 @@ void frmReguaL::carrega_tabela(const QString& statement)
     m_ui->Command1->setEnabled(false);
     ado::Recordset table;
     {
-        Module1::Fill fill(*m_ui->List1, m_services.events);
+        shared::Fill fill(*m_ui->List1, m_services.events);
         m_ui->List1->clear();
         m_changesSeen = GaugeTable::changesOf(m_ui->Combo1->currentText());
         table.Open(statement, m_services.DataConnection);
@@ -164,7 +160,7 @@ void frmReguaL::carrega_tabela(const QString& statement)
 void frmReguaL::carrega_historico()
 {
     constexpr int widths[] = {1000, 600, 1100, 1100, 0};
-    Module1::Fill fill(*m_ui->flex, m_services.events);
+    shared::Fill fill(*m_ui->flex, m_services.events);
     m_ui->flex->setRows(1);
     m_ui->flex->setCols(4);
     // The closing bar adds the fifth column, which is hidden and holds the key of the row.

@@ -7,7 +7,8 @@ const char* const helpText = R"(Uso: mdbsql ARQUIVO [opções] [-c COMANDO | < r
   -c COMANDO         executa o comando em vez de ler um roteiro da entrada padrão
   --password SENHA   senha do banco de dados
   --create           antes, cria o arquivo em branco (com a senha, se dada)
-  --verify           confere o arquivo inteiro e mostra o que encontrar de errado; sem -c não lê roteiro
+  --verify           confere o arquivo inteiro e mostra as falhas, e as notas: o que o Access deixa para trás e não faz
+                     mal; sem -c não lê roteiro
   --help             mostra esta ajuda
 
 No roteiro cada comando termina com ; no fim da linha; linhas que começam com -- são comentários. O primeiro
@@ -29,7 +30,7 @@ Saída: uma linha por registro, colunas separadas por tabulação, a primeira li
 \t \n \r \\ são tabulação, fim de linha, retorno e barra; outros caracteres de controle aparecem como \xNN.
 
 Código de saída: 0 tudo certo; 1 erro em um comando ou falha no arquivo; 2 argumentos errados; 3 a saída não pôde
-ser gravada.
+ser gravada; 4 a conferência achou só notas.
 )";
 
 std::variant<Options, Help, Misuse> readArguments(const std::vector<std::string>& typed)

@@ -19,7 +19,7 @@
 
 namespace {
 
-enum ExitCode { Good = 0, Failed = 1, Misused = 2, OutputLost = 3 };
+enum ExitCode { Good = 0, Failed = 1, Misused = 2, OutputLost = 3, Noted = 4 };
 
 bool isSelect(std::string_view statement)
 {
@@ -90,10 +90,16 @@ int work(const Options& options)
         good = runScript(database, std::cin, "stdin");
     }
     if (good && options.verify) {
-        for (const std::string& fault : database.storage().verify()) {
-            std::cout << printable(fault) << '\n';
-            good = false;
+        const accessfile::SelfCheck check = database.storage().verify();
+        for (const std::string& fault : check.faults)
+            std::cout << "Falha: " << printable(fault) << '\n';
+        for (const std::string& note : check.notes)
+            std::cout << "Nota: " << printable(note) << '\n';
+        if (check.faults.empty() && !check.notes.empty()) {
+            flush(std::cout);
+            return Noted;
         }
+        good = check.faults.empty();
     }
     flush(std::cout);
     return good ? Good : Failed;

@@ -16,6 +16,7 @@
 #include "shared/ListFill.h"
 #include "shared/Module1.h"
 #include "shared/Services.h"
+#include "shared/Tanks.h"
 
 #include <QKeyEvent>
 #include <QSignalBlocker>
@@ -42,8 +43,7 @@ frmCadBomba::frmCadBomba(const Services& services, QWidget* parent)
 {
     m_ui->setupUi(this);
     m_ui->dtp->setValue(m_services.clock.today());
-    for (int tank = 1; tank <= TankCount; ++tank)
-        m_ui->Combo2->addItem(QStringLiteral("TANQUE_") + QString::number(tank));
+    m_ui->Combo2->addItems(shared::tankNames(TankCount));
     m_ui->Combo2->setCurrentIndex(-1);
     connectControls();
     m_ui->tx_2->setFocus();
@@ -56,7 +56,7 @@ void frmCadBomba::connectControls()
 {
     new platform::KeyFilter(
         m_ui->tx_2, [box = m_ui->tx_2](int code) { return Module1::filtra_numero(*box, static_cast<char16_t>(code)); });
-    Module1::seleciona_ao_focar(*m_ui->tx_0);
+    shared::seleciona_ao_focar(*m_ui->tx_0);
     for (QLineEdit* box : {m_ui->tx_0, m_ui->tx_1, m_ui->tx_2}) {
         auto* const focus = new platform::FocusWatch(box);
         connect(focus, &platform::FocusWatch::LostFocus, box, [box] { box->setText(box->text().toUpper()); });
@@ -89,22 +89,22 @@ void frmCadBomba::load()
 
 void frmCadBomba::carrega_combo()
 {
-    const Module1::ListQuery products{QStringLiteral("Select * from CadProdComb order by Descritivo"),
-                                      QStringLiteral("Codigoestoque"), QStringLiteral("descritivo")};
-    if (Module1::refill(m_services, products, *m_ui->Combo1) && m_ui->Combo1->count() > 0)
+    const shared::ListQuery products{QStringLiteral("Select * from CadProdComb order by Descritivo"),
+                                     QStringLiteral("Codigoestoque"), QStringLiteral("descritivo")};
+    if (shared::refill(m_services, products, *m_ui->Combo1) && m_ui->Combo1->count() > 0)
         copia_descritivo();
 }
 
 bool frmCadBomba::carrega_list1()
 {
-    const Module1::ListQuery pumps{QStringLiteral("Select * from planilhaposto order by numeroDispositivo"),
-                                   QStringLiteral("numeroDispositivo"), QStringLiteral("Descritivo"), true};
-    return Module1::refill(m_services, pumps, *m_ui->List1);
+    const shared::ListQuery pumps{QStringLiteral("Select * from planilhaposto order by numeroDispositivo"),
+                                  QStringLiteral("numeroDispositivo"), QStringLiteral("Descritivo"), true};
+    return shared::refill(m_services, pumps, *m_ui->List1);
 }
 
 void frmCadBomba::copia_descritivo()
 {
-    m_ui->tx_0->setText(Module1::entryDescription(m_ui->Combo1->currentText()));
+    m_ui->tx_0->setText(shared::entryDescription(m_ui->Combo1->currentText()));
 }
 
 QString frmCadBomba::pumpNumber() const
@@ -119,7 +119,7 @@ QString frmCadBomba::readingDate() const
 
 void frmCadBomba::mostra_bomba()
 {
-    const double number = vb::leadingNumber(Module1::entryCode(Module1::selectedEntry(*m_ui->List1)));
+    const double number = vb::leadingNumber(shared::entryCode(shared::selectedEntry(*m_ui->List1)));
     ado::Recordset pump;
     pump.Open(QStringLiteral("Select * from planilhaposto where numerodispositivo = ") + vb::plainDecimal(number) +
                   QStringLiteral(";"),
@@ -142,7 +142,7 @@ void frmCadBomba::colocaCodProd(const vb::Variant& product)
                    vb::plainDecimal(vb::leadingNumber(product.textOrEmpty())),
                m_services.DataConnection);
     if (!found.Eof())
-        showText(*m_ui->Combo1, Module1::listEntry(found.Fields(u"Codigoestoque"), found.Fields(u"descritivo")));
+        showText(*m_ui->Combo1, shared::listEntry(found.Fields(u"Codigoestoque"), found.Fields(u"descritivo")));
 }
 
 void frmCadBomba::grava()
@@ -155,8 +155,7 @@ void frmCadBomba::grava()
         m_services.messages.MsgBox(QStringLiteral("Selecione o tanque"));
         return;
     }
-    // The existing pump is deleted before the checks that follow: where one of them fails it stays deleted,
-    // deliberately.
+    // The existing pump is deleted before the checks that follow: where one of them fails it stays deleted.
     if (!substitui_existente())
         return;
     if (!vb::IsNumeric(m_ui->tx_1->text())) {
@@ -172,7 +171,7 @@ void frmCadBomba::grava()
                              m_ui->tx_0->text(),
                              m_ui->tx_1->text(),
                              readingDate(),
-                             Module1::entryCode(m_ui->Combo1->currentText()),
+                             shared::entryCode(m_ui->Combo1->currentText()),
                              tank};
     m_services.DataConnection.Execute(
         QStringLiteral("INSERT into PlanilhaPosto (numeroDispositivo,Descritivo,Leitura,DataInsert, ProdVinculado, "
@@ -182,7 +181,7 @@ void frmCadBomba::grava()
     const platform::InputQueue::GoingOn asked; // Escape answers the question
     if (!carrega_list1())
         return;
-    // Asked after every save, whether or not the tank is another one, deliberately.
+    // Asked after every save, whether or not the tank is another one.
     const auto answer = m_services.messages.MsgBox(
         QStringLiteral("Editar as leituras anteriores correspondente ao combustivel com o novo numero de TANQUE?"),
         platform::vbYesNo);
@@ -214,7 +213,7 @@ bool frmCadBomba::substitui_existente()
 
 void frmCadBomba::exclui()
 {
-    const QString entry = Module1::selectedEntry(*m_ui->List1);
+    const QString entry = shared::selectedEntry(*m_ui->List1);
     if (entry.isEmpty())
         return;
     const auto answer = m_services.messages.MsgBox(
@@ -226,7 +225,7 @@ void frmCadBomba::exclui()
         return;
     m_services.DataConnection.Execute(QStringLiteral("Delete from planilhaposto where numerodispositivo = ") +
                                       pumpNumber());
-    // Three characters of the five-digit pump number: the pump number divided by 100, deliberately.
+    // Three characters of the five-digit pump number, so pump 701 deletes the item 7.
     m_services.DataConnection.Execute(QStringLiteral("Delete from EstoqueDiversos where CODIGO = ") +
                                       vb::plainDecimal(vb::leadingNumber(entry.left(3))));
     Q_EMIT pumpsChanged();

@@ -6,7 +6,9 @@
 #include "platform/ado/Recordset.h"
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FocusWatch.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/Seams.h"
+#include "platform/ui/Twips.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 #include "shared/ListEntry.h"
@@ -19,19 +21,13 @@
 namespace {
 
 constexpr int ChooserTwips = 120;
-constexpr int TwipsPerInch = 1440;
 /// Yes and No, with the icon codes of stop and of information together.
 constexpr int WarningYesNo = 84;
-
-bool isEnter(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
 
 /// The stock code of a list entry, for statements.
 QString stockCode(const QString& entry)
 {
-    return vb::plainDecimal(vb::leadingNumber(Module1::entryCode(entry)));
+    return vb::plainDecimal(vb::leadingNumber(shared::entryCode(entry)));
 }
 
 } // namespace
@@ -52,8 +48,8 @@ frmCadProd::~frmCadProd() = default;
 
 void frmCadProd::connectControls()
 {
-    Module1::seleciona_ao_focar(*m_ui->Text1);
-    Module1::seleciona_ao_focar(*m_ui->Text2);
+    shared::seleciona_ao_focar(*m_ui->Text1);
+    shared::seleciona_ao_focar(*m_ui->Text2);
     auto* const code = new platform::FocusWatch(m_ui->Text1);
     connect(code, &platform::FocusWatch::LostFocus, this,
             [this] { m_ui->Text1->setText(vb::Format(m_ui->Text1->text(), u"00000")); });
@@ -79,7 +75,7 @@ void frmCadProd::connectLists()
         handle([this] { exclui(); });
     });
     connect(m_ui->List2, &platform::ListBox::KeyDown, this, [this](QKeyEvent* event) {
-        if (!isEnter(*event))
+        if (!platform::isEnter(*event))
             return;
         event->accept();
         handle([this] { escolhe_estoque(); });
@@ -96,18 +92,18 @@ void frmCadProd::load()
 
 void frmCadProd::carrega_list2()
 {
-    Module1::refill(m_services,
-                    {QStringLiteral("Select * from Estoque order by Discriminacao"), QStringLiteral("codigo"),
-                     QStringLiteral("Discriminacao")},
-                    *m_ui->List2);
+    shared::refill(m_services,
+                   {QStringLiteral("Select * from Estoque order by Discriminacao"), QStringLiteral("codigo"),
+                    QStringLiteral("Discriminacao")},
+                   *m_ui->List2);
 }
 
 void frmCadProd::carrega_list1()
 {
-    Module1::refill(m_services,
-                    {QStringLiteral("Select * from cadprodcomb order by Descritivo"), QStringLiteral("Codigoestoque"),
-                     QStringLiteral("descritivo")},
-                    *m_ui->List1);
+    shared::refill(m_services,
+                   {QStringLiteral("Select * from cadprodcomb order by Descritivo"), QStringLiteral("Codigoestoque"),
+                    QStringLiteral("descritivo")},
+                   *m_ui->List1);
 }
 
 void frmCadProd::resizeEvent(QResizeEvent* event)
@@ -119,7 +115,7 @@ void frmCadProd::resizeEvent(QResizeEvent* event)
 /// The chooser lies over everything else, a little off the window's edges.
 void frmCadProd::placeChooser()
 {
-    const int edge = ChooserTwips * logicalDpiX() / TwipsPerInch;
+    const int edge = ChooserTwips * logicalDpiX() / platform::TwipsPerInch;
     m_ui->Frame2->setGeometry(rect().adjusted(edge, edge, -edge, -edge));
 }
 
@@ -145,13 +141,13 @@ bool frmCadProd::closeInnermost()
 
 void frmCadProd::escolhe_estoque()
 {
-    const QString entry = Module1::selectedEntry(*m_ui->List2);
+    const QString entry = shared::selectedEntry(*m_ui->List2);
     ado::Recordset item;
     item.Open(QStringLiteral("Select * from estoque where codigo = ") + stockCode(entry), m_services.DataConnection);
-    m_ui->Label1->setText(Module1::entryDescription(entry));
+    m_ui->Label1->setText(shared::entryDescription(entry));
     // An item that has left the stock meanwhile has no price.
     m_ui->Text2->setText(item.Eof() ? QString() : vb::Format(item.Fields(u"valorvenda"), u"##,#0.000"));
-    m_ui->Text1->setText(vb::Format(Module1::entryCode(entry).trimmed(), u"00000"));
+    m_ui->Text1->setText(vb::Format(shared::entryCode(entry).trimmed(), u"00000"));
     item.Close();
     showChooser(false);
     m_ui->Text2->setFocus();
@@ -159,7 +155,7 @@ void frmCadProd::escolhe_estoque()
 
 void frmCadProd::mostra_produto()
 {
-    const QString entry = Module1::selectedEntry(*m_ui->List1);
+    const QString entry = shared::selectedEntry(*m_ui->List1);
     ado::Recordset product;
     product.Open(QStringLiteral("Select * from cadprodcomb where codigoestoque = ") + stockCode(entry),
                  m_services.DataConnection);
@@ -192,7 +188,7 @@ void frmCadProd::grava()
 {
     if (!inputIsComplete())
         return;
-    // The box itself is rewritten, deliberately: it then shows the price as the server gets it.
+    // The box itself is rewritten: it then shows the price as the server gets it.
     if (m_services.dialect.isMySql())
         m_ui->Text2->setText(m_ui->Text2->text().replace(u',', u'.'));
     const QString description = m_ui->Label1->text();
@@ -211,7 +207,7 @@ void frmCadProd::grava()
             QStringList{description, code, price, code}.join(QStringLiteral("','")) + QStringLiteral("')"));
     } else if (m_services.messages.MsgBox(QStringLiteral("Aplicar as alterações para ") + description,
                                           platform::vbYesNo) == platform::MsgBoxResult::Yes) {
-        // codprod keeps its old value, deliberately.
+        // codprod keeps its old value.
         m_services.DataConnection.Execute(
             QStringLiteral("UPDATE cadProdComb set descritivo = '") + description + QStringLiteral("', valor = '") +
             price + QStringLiteral("', codigoestoque = '") + code + QStringLiteral("' where descritivo = '") +
@@ -223,11 +219,11 @@ void frmCadProd::grava()
 
 void frmCadProd::exclui()
 {
-    const QString entry = Module1::selectedEntry(*m_ui->List1);
+    const QString entry = shared::selectedEntry(*m_ui->List1);
     if (entry.isEmpty())
         return;
     const auto answer = m_services.messages.MsgBox(
-        QStringLiteral("Deseja mesmo excluir o registro ") + Module1::entryCode(entry) +
+        QStringLiteral("Deseja mesmo excluir o registro ") + shared::entryCode(entry) +
             QStringLiteral(" e todos seus vinculados? Esta operação não poderá ser desfeita"),
         WarningYesNo);
     if (answer == platform::MsgBoxResult::No)

@@ -6,6 +6,7 @@
 #include "platform/ui/EnterMovesOn.h"
 #include "platform/ui/FlexGrid.h"
 #include "platform/ui/InputQueue.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
@@ -23,11 +24,6 @@ enum Column { Code, Quantity, Description };
 
 /// Yes and No; No is the default button.
 constexpr int YesNoDefaultNo = 260;
-
-bool isEnter(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
 
 /// The value of a code's text, for statements.
 QString codeValue(const QString& text)
@@ -70,8 +66,8 @@ frmdiversos::~frmdiversos() = default;
 
 void frmdiversos::connectBoxes()
 {
-    Module1::seleciona_ao_focar(*m_ui->Text1);
-    Module1::seleciona_ao_focar(*m_ui->Text2);
+    shared::seleciona_ao_focar(*m_ui->Text1);
+    shared::seleciona_ao_focar(*m_ui->Text2);
     auto* const enter = new platform::EnterMovesOn(this);
     enter->watch(m_ui->Text4);
     enter->watch(m_ui->Text3);
@@ -86,7 +82,7 @@ void frmdiversos::connectGrids()
 {
     connect(m_ui->flex, &platform::FlexGrid::DblClick, this, [this] { handle([this] { abre_quantia(); }); });
     connect(m_ui->flex, &platform::FlexGrid::KeyDown, this, [this](QKeyEvent* event) {
-        if (!isEnter(*event))
+        if (!platform::isEnter(*event))
             return;
         event->accept();
         handle([this] { abre_quantia(); });
@@ -123,7 +119,7 @@ void frmdiversos::carrega(platform::FlexGrid& grid, const QString& statement)
 {
     ado::Recordset rows;
     rows.Open(statement, m_services.DataConnection);
-    Module1::Fill fill(grid, m_services.events, rows.RecordCount());
+    shared::Fill fill(grid, m_services.events, rows.RecordCount());
     fill.ifItFails([&grid] { grid.clearRows(); });
     grid.clearRows();
     const int code = rows.fieldIndex(u"codigo");

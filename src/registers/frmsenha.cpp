@@ -69,7 +69,7 @@ frmsenha::frmsenha(const Services& services, const Emitente& emitente, QWidget* 
     m_ui->setupUi(this);
     m_ui->Label2->setText(emitente.RazaoSocial);
     m_ui->Label2->setVisible(!emitente.RazaoSocial.isEmpty());
-    Module1::seleciona_ao_focar(*m_ui->Text1);
+    shared::seleciona_ao_focar(*m_ui->Text1);
     m_ui->Text1->setFocus();
 }
 

@@ -4,7 +4,7 @@
 
 #include <QListWidget>
 
-namespace Module1 {
+namespace shared {
 
 QString listEntry(const vb::Variant& code, const vb::Variant& description)
 {
@@ -31,4 +31,4 @@ QString selectedEntry(const QListWidget& list)
     return item != nullptr && item->isSelected() ? item->text() : QString();
 }
 
-} // namespace Module1
+} // namespace shared

@@ -7,7 +7,7 @@
 class QListWidget;
 
 // Entries of the register lists: the code as five digits, " - ", and the description.
-namespace Module1 {
+namespace shared {
 
 [[nodiscard]] QString listEntry(const vb::Variant& code, const vb::Variant& description);
 /// First five characters; their value is the code.
@@ -17,4 +17,4 @@ namespace Module1 {
 /// The selected entry's text, empty when nothing is selected.
 [[nodiscard]] QString selectedEntry(const QListWidget& list);
 
-} // namespace Module1
+} // namespace shared

@@ -12,7 +12,7 @@
 
 #include <exception>
 
-namespace Module1 {
+namespace shared {
 
 namespace {
 
@@ -116,4 +116,4 @@ bool refill(const Services& services, const ListQuery& query, QComboBox& box)
     return filled;
 }
 
-} // namespace Module1
+} // namespace shared

@@ -18,7 +18,7 @@ namespace platform {
 class EventPump;
 }
 
-namespace Module1 {
+namespace shared {
 
 /// One fill of a list or grid. What it shows is held back until it is full; each row lets events run, and a newer fill
 /// of the same view or the closing of its window may come in between. Keys and clicks wait until it is through, so that
@@ -76,4 +76,4 @@ bool refill(const Services& services, const ListQuery& query, QListWidget& list)
 /// The same for a drop-down list, without its signals; then its first entry is selected.
 bool refill(const Services& services, const ListQuery& query, QComboBox& box);
 
-} // namespace Module1
+} // namespace shared

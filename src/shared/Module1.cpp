@@ -3,6 +3,7 @@
 #include "platform/ui/FlexGrid.h"
 #include "platform/ui/FocusWatch.h"
 #include "platform/ui/Seams.h"
+#include "platform/ui/Twips.h"
 #include "platform/vb/Conversion.h"
 #include "platform/vb/Format.h"
 
@@ -17,25 +18,11 @@ namespace Module1 {
 namespace {
 
 constexpr int SeparatorLength = 112;
-constexpr int TwipsPerInch = 1440;
 constexpr int SlideTwips = 150;
 constexpr unsigned long SlideStepMilliseconds = 4; ///< So that the eye can follow.
 constexpr qint64 LongestSlideMilliseconds = 1500;
 
 } // namespace
-
-void seleciona_ao_focar(QLineEdit& box)
-{
-    using platform::FocusWatch;
-    QObject::connect(new FocusWatch(&box), &FocusWatch::GotFocus, &box, [&box](Qt::FocusReason reason) {
-        // The click that brings the focus moves the caret after this: select behind it.
-        if (reason == Qt::MouseFocusReason)
-            QMetaObject::invokeMethod(
-                &box, [&box] { seleciona_tudo(box); }, Qt::QueuedConnection);
-        else
-            seleciona_tudo(box);
-    });
-}
 
 char16_t filtra_numero(QLineEdit& box, char16_t key)
 {
@@ -89,7 +76,7 @@ void pinta_celula(platform::FlexGrid& grid, int column, quint32 bgr)
 void fecha_deslizando(QWidget& window, platform::EventPump& events)
 {
     const QPointer<QWidget> alive = &window;
-    const int step = qMax(1, SlideTwips * window.logicalDpiX() / TwipsPerInch);
+    const int step = qMax(1, SlideTwips * window.logicalDpiX() / platform::TwipsPerInch);
     const int edge = window.screen()->geometry().right();
     QElapsedTimer sliding;
     sliding.start();
@@ -123,3 +110,20 @@ QString numero_planilha(const QDateTime& moment)
 }
 
 } // namespace Module1
+
+namespace shared {
+
+void seleciona_ao_focar(QLineEdit& box)
+{
+    using platform::FocusWatch;
+    QObject::connect(new FocusWatch(&box), &FocusWatch::GotFocus, &box, [&box](Qt::FocusReason reason) {
+        // The click that brings the focus moves the caret after this: select behind it.
+        if (reason == Qt::MouseFocusReason)
+            QMetaObject::invokeMethod(
+                &box, [&box] { Module1::seleciona_tudo(box); }, Qt::QueuedConnection);
+        else
+            Module1::seleciona_tudo(box);
+    });
+}
+
+} // namespace shared

@@ -24,10 +24,6 @@ namespace Module1 {
 /// Selects the whole text of a box.
 void seleciona_tudo(QLineEdit& box);
 
-/// Has a box select its whole text whenever the operator comes to it, by key or by mouse; not on coming back to its
-/// window, which would let the next key replace what is being typed.
-void seleciona_ao_focar(QLineEdit& box);
-
 /// Sum of a column over the data rows of a grid, each cell read as a number; an empty cell counts as 0.
 [[nodiscard]] vb::Currency soma_totais(const platform::FlexGrid& grid, int column);
 
@@ -52,3 +48,11 @@ void fecha_deslizando(QWidget& window, platform::EventPump& events);
 [[nodiscard]] QString numero_planilha(const QDateTime& moment);
 
 } // namespace Module1
+
+namespace shared {
+
+/// Has a box select its whole text whenever the operator comes to it, by key or by mouse; not on coming back to its
+/// window, which would let the next key replace what is being typed.
+void seleciona_ao_focar(QLineEdit& box);
+
+} // namespace shared

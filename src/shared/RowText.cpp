@@ -8,7 +8,7 @@
 #include <array>
 #include <charconv>
 
-namespace Module1 {
+namespace shared {
 
 namespace {
 
@@ -77,4 +77,4 @@ void RowText::date(int index)
     open() += m_dateText;
 }
 
-} // namespace Module1
+} // namespace shared

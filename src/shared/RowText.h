@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace Module1 {
+namespace shared {
 
 /// The rows of a long list, each written as UTF-8 cells into the one buffer, without a text of its own for every cell.
 /// Fields are of the result set's current row.
@@ -39,4 +39,4 @@ private:
     std::string m_dateText;
 };
 
-} // namespace Module1
+} // namespace shared

@@ -1,6 +1,7 @@
 #include "shared/StationWindow.h"
 
 #include "platform/ui/Boundary.h"
+#include "platform/ui/Keys.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
 #include "shared/Module1.h"
@@ -10,15 +11,6 @@
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QScreen>
-
-namespace {
-
-bool isEnter(const QKeyEvent& event)
-{
-    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-}
-
-} // namespace
 
 StationWindow::StationWindow(const Services& services, QWidget* parent)
     : QDialog(parent, Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
@@ -75,7 +67,7 @@ void StationWindow::slideAway()
 bool StationWindow::eventFilter(QObject* watched, QEvent* event)
 {
     auto* const button = qobject_cast<QPushButton*>(watched);
-    if (!button || event->type() != QEvent::KeyPress || !isEnter(*static_cast<QKeyEvent*>(event)))
+    if (!button || event->type() != QEvent::KeyPress || !platform::isEnter(*static_cast<QKeyEvent*>(event)))
         return QDialog::eventFilter(watched, event);
     button->click();
     return true;
@@ -83,7 +75,7 @@ bool StationWindow::eventFilter(QObject* watched, QEvent* event)
 
 void StationWindow::keyPressEvent(QKeyEvent* event)
 {
-    if (!isEnter(*event))
+    if (!platform::isEnter(*event))
         QDialog::keyPressEvent(event);
 }
 

@@ -64,18 +64,8 @@ void carrega_fornece(const Services& services, QComboBox& box)
 void lanca_controle(const Services& services, const QString& productCode, const QString& description,
                     const QString& quantity, const QString& invoiceNumber, const QString& kind)
 {
-    ado::Recordset ledger;
-    ledger.OpenToAdd(QStringLiteral("Select * from ControleProdComb;"), services.DataConnection);
-    ledger.AddNew();
-    ledger.SetField(u"CodProd", vb::CDbl(productCode));
-    ledger.SetField(u"DataOP", vb::Date::fromQDate(services.clock.today()));
-    ledger.SetField(u"descritivo", description);
-    const bool debit = kind == u"deb";
-    ledger.SetField(u"cred", debit ? 0.0 : vb::CDbl(quantity));
-    ledger.SetField(u"deb", debit ? vb::CDbl(quantity) : 0.0);
-    ledger.SetField(u"fornecedor", QStringLiteral("OperEmpresa"));
-    ledger.SetField(u"NumeroNota", invoiceNumber);
-    ledger.Update();
+    const QString ownMovement = QStringLiteral("OperEmpresa");
+    shared::addLedgerRow(services, {productCode, description, quantity, kind != u"deb", ownMovement, invoiceNumber});
 }
 
 vb::Variant soma_deb_dia(const Services& services, const QString& productCode)
@@ -90,3 +80,19 @@ vb::Variant soma_deb_dia(const Services& services, const QString& productCode)
 }
 
 } // namespace Module1
+
+void shared::addLedgerRow(const Services& services, const LedgerRow& row)
+{
+    ado::Recordset ledger;
+    ledger.OpenToAdd(QStringLiteral("Select * from ControleProdComb;"), services.DataConnection);
+    ledger.AddNew();
+    ledger.SetField(u"CodProd", vb::CDbl(row.product));
+    ledger.SetField(u"DataOP", vb::Date::fromQDate(services.clock.today()));
+    ledger.SetField(u"descritivo", row.description);
+    const double quantity = vb::CDbl(row.quantity);
+    ledger.SetField(u"cred", row.isCredit ? quantity : 0.0);
+    ledger.SetField(u"deb", row.isCredit ? 0.0 : quantity);
+    ledger.SetField(u"fornecedor", row.supplier);
+    ledger.SetField(u"NumeroNota", row.invoiceNumber);
+    ledger.Update();
+}

@@ -37,3 +37,21 @@ void lanca_controle(const Services& services, const QString& productCode, const 
 [[nodiscard]] vb::Variant soma_deb_dia(const Services& services, const QString& productCode);
 
 } // namespace Module1
+
+namespace shared {
+
+/// A row of the ledger. Product and quantity are read as numbers when it is written.
+struct LedgerRow
+{
+    vb::Variant product;
+    QString description;
+    vb::Variant quantity;
+    bool isCredit = false;
+    QString supplier;
+    QString invoiceNumber;
+};
+
+/// Adds it, dated today.
+void addLedgerRow(const Services& services, const LedgerRow& row);
+
+} // namespace shared

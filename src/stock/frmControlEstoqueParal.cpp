@@ -31,10 +31,10 @@ enum Column { Key, ProductNumber, Date, Description, Credit, Debit, InvoiceNumbe
 constexpr quint32 PaleGreen = 0xC0FFC0;
 constexpr quint32 PaleOrange = 0xC0E0FF;
 
-/// The number of the selected product: its row key, not its stock code, deliberately.
+/// The number of the selected product: its row key, not its stock code.
 double productNumber(const QString& entry)
 {
-    return vb::leadingNumber(Module1::entryCode(entry));
+    return vb::leadingNumber(shared::entryCode(entry));
 }
 
 vb::Currency amount(const vb::Variant& litres)
@@ -77,7 +77,7 @@ void frmControlEstoqueParal::connectControls()
     enter->watch(m_ui->List1, m_ui->tx_0);
     enter->watch(m_ui->Combo1, m_ui->BTM);
     for (QLineEdit* box : {m_ui->tx_0, m_ui->tx_1}) {
-        Module1::seleciona_ao_focar(*box);
+        shared::seleciona_ao_focar(*box);
         enter->watch(box);
     }
     auto* const litres = new platform::FocusWatch(m_ui->tx_0);
@@ -108,10 +108,10 @@ void frmControlEstoqueParal::load()
 
 void frmControlEstoqueParal::carrega_lst()
 {
-    Module1::refill(m_services,
-                    {QStringLiteral("Select * from CadProdComb order by Descritivo"), QStringLiteral("CodigoI"),
-                     QStringLiteral("descritivo")},
-                    *m_ui->List1);
+    shared::refill(m_services,
+                   {QStringLiteral("Select * from CadProdComb order by Descritivo"), QStringLiteral("CodigoI"),
+                    QStringLiteral("descritivo")},
+                   *m_ui->List1);
 }
 
 void frmControlEstoqueParal::format_flex()
@@ -151,25 +151,16 @@ void frmControlEstoqueParal::confirma()
 
 void frmControlEstoqueParal::grava_estoque(double litres)
 {
-    const QString product = Module1::selectedEntry(*m_ui->List1);
+    const QString product = shared::selectedEntry(*m_ui->List1);
     const bool credit = m_ui->opt_0->isChecked();
-    ado::Recordset ledger;
-    ledger.OpenToAdd(QStringLiteral("Select * from ControleProdComb;"), m_services.DataConnection);
-    ledger.AddNew();
-    ledger.SetField(u"CodProd", productNumber(product));
-    ledger.SetField(u"DataOP", vb::Date::fromQDate(m_services.clock.today()));
-    ledger.SetField(u"descritivo", Module1::entryDescription(product));
-    ledger.SetField(u"cred", credit ? litres : 0.0);
-    ledger.SetField(u"deb", credit ? 0.0 : litres);
-    ledger.SetField(u"fornecedor", m_ui->Combo1->currentText());
-    ledger.SetField(u"NumeroNota", m_ui->tx_1->text());
-    ledger.Update();
+    shared::addLedgerRow(m_services, {productNumber(product), shared::entryDescription(product), litres, credit,
+                                      m_ui->Combo1->currentText(), m_ui->tx_1->text()});
     m_ui->List1->setFocus();
 }
 
 void frmControlEstoqueParal::carrega_flex()
 {
-    m_product = Module1::selectedEntry(*m_ui->List1);
+    m_product = shared::selectedEntry(*m_ui->List1);
     m_first = m_ui->dtp_0->Value();
     m_last = m_ui->dtp_1->Value();
     esvazia();
@@ -186,8 +177,8 @@ void frmControlEstoqueParal::carrega_flex()
         fields[column] = rows.fieldIndex(Names[column]);
     vb::Currency credits;
     vb::Currency debits;
-    Module1::RowText row(rows);
-    Module1::Fill fill(*m_ui->flex, m_services.events, rows.RecordCount());
+    shared::RowText row(rows);
+    shared::Fill fill(*m_ui->flex, m_services.events, rows.RecordCount());
     fill.ifItFails([this] { esvazia(); });
     for (; !rows.Eof(); rows.MoveNext()) {
         row.begin();

@@ -185,6 +185,11 @@ QString joined(const std::vector<std::string>& lines)
     return text;
 }
 
+QString joined(const SelfCheck& check)
+{
+    return joined(check.faults) + joined(check.notes);
+}
+
 QString sharedFolder()
 {
     const QString beside = qEnvironmentVariable("PLANILHA_SOURCE_DIR") + QStringLiteral("/../shared/access");

@@ -28,6 +28,8 @@ using Changes = std::vector<std::pair<int, accessfile::Value>>;
 /// Everything a file holds, for comparing two states of it.
 [[nodiscard]] std::string contentOf(accessfile::Storage& storage);
 [[nodiscard]] QString joined(const std::vector<std::string>& lines);
+/// Faults and notes.
+[[nodiscard]] QString joined(const accessfile::SelfCheck& check);
 
 /// Folder of the real files, empty when it is not there.
 [[nodiscard]] QString sharedFolder();

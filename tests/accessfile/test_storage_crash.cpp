@@ -81,6 +81,12 @@ Bytes makeStation()
     for (int i = 0; i < 120; ++i)
         storage->table("Leitura")->insert(reading(i / 10, i % 5 == 0 ? std::string(500, 'o') : "nota"));
     storage->commitStatement();
+    // What this table leaves free is there for the sessions to come.
+    const std::array once = {column("n", ColumnType::Long), column("texto", ColumnType::Memo)};
+    storage->createTable("Outrora", once, std::array{index("PorN", {{0, true}})});
+    for (int i = 0; i < 4; ++i)
+        storage->table("Outrora")->insert(Cells{i, std::string(6000, 'v')});
+    storage->dropTable("Outrora");
     return storage.bytes();
 }
 
@@ -105,8 +111,8 @@ std::string contentAfterOpening(FaultyFiles& files)
         storage = opened(files, {.password = "outra"});
     if (storage == nullptr)
         return "not opened";
-    const std::vector<std::string> faults = storage->verify();
-    return (faults.empty() ? "" : "faulty: " + faults.front()) + contentOf(*storage) +
+    const QString faults = joined(storage->verify());
+    return (faults.isEmpty() ? "" : "faulty: " + faults.toStdString()) + contentOf(*storage) +
            (storage->acceptsPassword("outra") ? "outra" : "8282");
 }
 

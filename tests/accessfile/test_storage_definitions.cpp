@@ -328,14 +328,15 @@ void TestStorageDefinitions::selfCheckFinds_data()
     using Damage = std::function<void(Damaged&)>;
     QTest::addColumn<Damage>("damage");
     QTest::addColumn<QString>("fault");
-    const auto row = [](const char* name, const QString& fault, Damage damage) {
-        QTest::newRow(name) << std::move(damage) << fault;
+    QTest::addColumn<bool>("harmless");
+    const auto row = [](const char* name, const QString& fault, Damage damage, bool harmless = false) {
+        QTest::newRow(name) << std::move(damage) << fault << harmless;
     };
-    row("row count", QStringLiteral("contagem de registros"),
-        [](Damaged& file) { ++file.pager.modify(file.table.page())[definition::rowCountAt]; });
-    row("autonumber behind", QStringLiteral("último número automático"), [](Damaged& file) {
-        store32(file.pager.modify(file.table.page()).data() + definition::lastNumberAt, 299);
-    });
+    row(
+        "row count", QStringLiteral("contagem de registros"),
+        [](Damaged& file) { ++file.pager.modify(file.table.page())[definition::rowCountAt]; }, true);
+    row("autonumber behind", QStringLiteral("último número automático"),
+        [](Damaged& file) { store32(file.pager.modify(file.table.page()).data() + definition::lastNumberAt, 299); });
     row("page used and free", QStringLiteral("marcada como livre"), [](Damaged& file) {
         const PageNumber page = file.pagesOf(file.definition.ownedMap()).front();
         PageBytes& maps = file.pager.modify(1);
@@ -346,13 +347,32 @@ void TestStorageDefinitions::selfCheckFinds_data()
         UsageMap(file.pager, file.definition.physical[0].ownedMap)
             .add(file.pagesOf(file.definition.ownedMap()).front(), file.storage.space().allocator);
     });
-    row("page of nobody", QStringLiteral("não é livre nem de ninguém"),
-        [](Damaged& file) { static_cast<void>(file.storage.space().allocator.allocate()); });
+    row(
+        "page of nobody", QStringLiteral("não são livres nem de ninguém"),
+        [](Damaged& file) { static_cast<void>(file.storage.space().allocator.allocate()); }, true);
     row("page of another type", QStringLiteral("não é de registros"), [](Damaged& file) { file.last()[0] = 9; });
-    row("page beyond the end", QStringLiteral("não existe"), [](Damaged& file) {
+    const auto beyondTheEnd = [](Damaged& file) {
         UsageMap(file.pager, file.definition.ownedMap())
             .add(file.pager.pageCount() + 3, file.storage.space().allocator);
+    };
+    row("page beyond the end", QStringLiteral("além do fim"), beyondTheEnd, true);
+    row("page beyond the end, rows missing", QStringLiteral("faltam registros"), [beyondTheEnd](Damaged& file) {
+        ++file.pager.modify(file.table.page())[definition::rowCountAt];
+        beyondTheEnd(file);
     });
+    row(
+        "autonumber that starts over", {},
+        [](Damaged& file) {
+            store(file.pager.modify(file.table.page()).data() + definition::lastNumberAt, std::int32_t{-2147483648});
+        },
+        true);
+    row(
+        "empty page in the map", QStringLiteral("está vazia"),
+        [](Damaged& file) {
+            const PageNumber page = file.storage.space().allocator.allocate();
+            UsageMap(file.pager, file.definition.ownedMap()).add(page, file.storage.space().allocator);
+        },
+        true);
     row("free space", QStringLiteral("espaço livre"), [](Damaged& file) { ++file.first()[2]; });
     row("row offset", QStringLiteral("posição de um registro"),
         [](Damaged& file) { store16(file.first().data() + 16, 0x1FFF); });
@@ -398,6 +418,7 @@ void TestStorageDefinitions::selfCheckFinds()
 {
     QFETCH(const std::function<void(Damaged&)>, damage);
     QFETCH(const QString, fault);
+    QFETCH(const bool, harmless);
     MemoryStation storage = filledStation();
     QCOMPARE(storage.faults(), QString());
     storage->beginStatement();
@@ -406,6 +427,7 @@ void TestStorageDefinitions::selfCheckFinds()
     storage->commitStatement();
     storage.reopen();
     QVERIFY2(storage.faults().contains(fault), qPrintable(storage.faults()));
+    QCOMPARE(storage->verify().faults.empty(), harmless);
 }
 
 QTEST_GUILESS_MAIN(TestStorageDefinitions)

@@ -103,6 +103,7 @@ private slots:
     void generations();
     void locks();
     void passwords();
+    void sharedPieces();
     void encodedFile();
 };
 
@@ -358,6 +359,31 @@ void TestStorageRefusals::passwords()
     storage.reopen({.password = "8282"});
     QVERIFY(storage->acceptsPassword("8282"));
     MemoryStation().reopen({.password = "qualquer"});
+}
+
+/// Two rows that name one chain: a small file could read as more than any memory holds.
+void TestStorageRefusals::sharedPieces()
+{
+    MemoryStation station;
+    station->createTable("T", std::array{column("n", ColumnType::Long), column("m", ColumnType::Memo)}, {});
+    station->beginStatement();
+    for (const int n : {1, 2})
+        static_cast<void>(station->table("T")->insert(Cells{n, std::string(12000, 'x')}));
+    station->commitStatement();
+    Bytes bytes = station.bytes();
+    const std::array<std::uint8_t, 4> length = {0xC0, 0x5D, 0, 0}; // 24,000 bytes, as both descriptors begin
+    const auto first = std::search(bytes.begin(), bytes.end(), length.begin(), length.end());
+    const auto second = std::search(first + 1, bytes.end(), length.begin(), length.end());
+    QVERIFY(second != bytes.end());
+    std::copy_n(first, 12, second);
+    station.files().setContent(stationFile, bytes);
+    station.reopen();
+    const auto cursor = station->table("T")->scan();
+    QVERIFY(cursor->next());
+    for (int times = 0; times < 2; ++times)
+        QCOMPARE(std::get<std::string>(cursor->value(1)).size(), std::size_t{12000});
+    QVERIFY(cursor->next());
+    QCOMPARE(errorOf([&] { static_cast<void>(cursor->value(1)); }), ErrorKind::Damaged);
 }
 
 void TestStorageRefusals::encodedFile()

@@ -22,6 +22,8 @@ public:
     /// Makes the window, loads and shows it, and forgets the statements of that.
     void open();
     [[nodiscard]] frmprincipal& window() { return *m_window; }
+    /// The program is gone at once, as in a power cut.
+    void cutPower() { m_window.reset(); }
 
     template <typename T>
     [[nodiscard]] T& child(const char* name) const

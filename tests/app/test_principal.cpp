@@ -63,6 +63,17 @@ struct Sheet : StationFixture
     }
 };
 
+/// Keeps a log-out from ending the test.
+class KeepsRunning : public QObject
+{
+public:
+    KeepsRunning() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        return watched == qApp && event->type() == QEvent::Quit;
+    }
+};
+
 } // namespace
 
 class TestPrincipal : public QObject
@@ -286,6 +297,68 @@ private Q_SLOTS:
         QCOMPARE(station.grid("flexG").Rows(), written < 3 ? 4 : 1); // Lines that could not be closed stay.
         const QString whole = error.isEmpty() ? Question : Question + u'\n' + error;
         QCOMPARE(error.startsWith(u"16"_s) ? told.left(whole.size()) : told, whole);
+
+        // The power is cut: rows that were stored do not come back, one that was begun is named.
+        const bool isHalf = damage.startsWith(u"drop"_s);
+        station.cutPower();
+        station.open();
+        if (isHalf)
+            station.messages.expect();
+        if (written < 3)
+            station.messages.expect(MsgBoxResult::Yes);
+        station.window().oferece_linhas();
+        const QString boxes = station.boxes().join(u'\n');
+        QCOMPARE(boxes.contains(u"Bomba 001: de 1.000,50 a 1100,5, 100 litros"_s), isHalf);
+        QCOMPARE(station.grid("flexG").Rows() - 1, written == 3 ? 0 : isHalf ? 2 : 3 - written);
+        if (written < 3)
+            QVERIFY(station.shown("flexG").last().startsWith(u"14/03|007|500,00|600|100|"_s));
+    }
+
+    void linesAfterAPowerCut()
+    {
+        FRESH_STATION(Sheet, station);
+        KeepsRunning keepsRunning;
+        station.open();
+        station.window().oferece_linhas(); // Without a file no box.
+        station.enterReadings({u"1100,5"_s, u"12445,67"_s, u"600"_s});
+        station.grid("flexG").setRow(2);
+        QTest::keyClick(&station.grid("flexG"), Qt::Key_Delete);
+        station.date("DTP").setValue(QDate(2024, 3, 17));
+        const QStringList lines = station.shown("flexG");
+        QCOMPARE(lines.size(), 2);
+        const QString total = station.label("Label5");
+        const QString question = u"65572 Há 2 leituras lançadas que não foram fechadas: planilha de 17/03/2024, última "
+                                 u"digitação em 15/03/2024 08:30.\r\nDeseja recuperar?"_s;
+        const auto startAgain = [&](MsgBoxResult answer) {
+            station.cutPower();
+            station.open();
+            QCOMPARE(station.shown("flexG"), QStringList());
+            QCOMPARE(station.told([&] { station.window().oferece_linhas(); }, answer), question);
+            QCOMPARE(station.statements(), QStringList());
+        };
+        startAgain(MsgBoxResult::Cancel); // Closed without an answer: asked again.
+        for (int cut = 0; cut < 2; ++cut) {
+            startAgain(MsgBoxResult::Yes);
+            QCOMPARE(station.shown("flexG"), lines);
+            QCOMPARE(station.date("DTP").Value(), QDate(2024, 3, 17));
+            QCOMPARE(station.label("Label5"), total);
+        }
+        startAgain(MsgBoxResult::No);
+        station.enterReading(1, u"1100,5"_s);
+        QEvent logOut(QEvent::Quit);
+        QCoreApplication::sendEvent(qApp, &logOut);
+        station.window().close(); // As the log-out does; the lines stay.
+        station.cutPower();
+        station.open();
+        station.messages.expect(MsgBoxResult::Yes);
+        station.window().oferece_linhas();
+        QVERIFY(station.boxes().first().startsWith(u"65572 Há 1 leitura lançada que não foi fechada: "_s));
+        QCOMPARE(station.shown("flexG"), lines.mid(0, 1).replaceInStrings(u"17/03"_s, u"14/03"_s));
+        station.window().close(); // The operator's own end: nothing is left.
+        station.cutPower();
+        station.open();
+        station.window().oferece_linhas();
+        QVERIFY(station.boxes().isEmpty());
     }
 
     void eventsDuringAClosing()

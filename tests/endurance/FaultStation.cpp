@@ -6,6 +6,7 @@
 #include "support/MariaDbServer.h"
 #include "support/StationSchema.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <stdexcept>
@@ -72,8 +73,16 @@ FaultStation::FaultStation(bool isMySql)
     support::writeSettings(folder(), m_isMySql, m_database);
 }
 
+void FaultStation::forgetLines() const
+{
+    const QDir folder(m_folder.path());
+    for (const QString& name : folder.entryList({u"lancamento-*"_s}))
+        QFile::remove(folder.filePath(name));
+}
+
 void FaultStation::restore() const
 {
+    forgetLines();
     if (m_isMySql) {
         support::MariaDbServer::shared().run(m_restoring.join(u";\n"_s) + u';', m_database);
         return;
@@ -101,7 +110,7 @@ QString FaultStation::faults() const
 {
     QString text;
     const auto storage = accessfile::Storage::open(m_database.toStdString(), {.password = "8282"});
-    for (const std::string& fault : storage->verify())
+    for (const std::string& fault : storage->verify().faults)
         text += QString::fromStdString(fault) + u'\n';
     return text;
 }

@@ -16,6 +16,8 @@ public:
 
     /// Everything as it was at first.
     void restore() const;
+    /// Removes what programs that were killed have left of their entry grids.
+    void forgetLines() const;
     /// What the tables hold, one line a row; keys that the database gives are left out.
     [[nodiscard]] QStringList contents() const;
     /// What the engine's check of the whole Access file finds wrong, one fault a line. A journal is played back first.

@@ -38,7 +38,7 @@ namespace {
 
 const QDateTime Now(QDate(2024, 3, 15), QTime(9, 0));
 constexpr int SlowMilliseconds = 300;
-constexpr int Patience = 240'000; ///< Milliseconds; a slow server and sixty keys take their time.
+constexpr int Patience = 90'000; ///< Milliseconds; a slow server and sixty keys take their time.
 
 // --- The program, in a process of its own.
 
@@ -61,13 +61,18 @@ public:
             if (::read(STDIN_FILENO, line, sizeof line - 1) <= 0)
                 std::_Exit(0);
             m_wanted = std::atoi(line);
-            m_quiet = 0;
+            m_quiet = m_ticks = 0;
             m_timer.start(10);
         });
         connect(&m_timer, &QTimer::timeout, this, [this] {
             m_quiet = m_keys >= m_wanted && platform::InputQueue::isIdle() && QGuiApplication::focusWindow()
                           ? m_quiet + 1
                           : 0;
+            if (++m_ticks % 500 == 0) {
+                std::printf("keys %d of %d, idle %d, focus %d\n", m_keys, m_wanted, platform::InputQueue::isIdle(),
+                            QGuiApplication::focusWindow() != nullptr);
+                std::fflush(stdout);
+            }
             if (m_quiet < 3)
                 return;
             m_timer.stop();
@@ -88,6 +93,7 @@ private:
     int m_keys = 0;
     int m_wanted = 0;
     int m_quiet = 0;
+    int m_ticks = 0;
 };
 
 int runProgram(int argc, char* argv[])
@@ -296,11 +302,12 @@ public:
         QElapsedTimer waited;
         waited.start();
         m_program.write(QByteArray::number(m_typed) + '\n');
-        while (!m_program.readAllStandardOutput().contains("rest")) {
+        for (QByteArray said; !said.contains("rest\n"); said += m_program.readAllStandardOutput()) {
             if (hasEnded())
                 return false;
             if (waited.elapsed() > Patience) {
-                std::printf("  the program does not come to rest\n");
+                std::printf("  the program does not come to rest after %d keys: %s\n", m_typed,
+                            said.trimmed().split('\n').last().constData());
                 return false;
             }
             m_program.waitForReadyRead(50);

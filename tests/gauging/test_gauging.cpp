@@ -351,9 +351,10 @@ private Q_SLOTS:
         QCOMPARE(station.statements(), QStringList());
 
         // No row is chosen: the database refuses the statement, and the window stays with what was typed.
+        typeInto(editor.at<QLineEdit>("Text2"), u"0.5"_s);
         station.messages.expect();
         click(*editor.window, "Command1");
-        QCOMPARE(station.statements(), QStringList{u"exec Update TANQUE_1 set cmA = '10', ltsA = '0' where id = "_s});
+        QCOMPARE(station.statements(), QStringList{u"exec Update TANQUE_1 set cmA = '10', ltsA = '0,5' where id = "_s});
         QVERIFY(station.boxes().first().startsWith(u"16 Erro em tempo de execução"_s));
         QVERIFY(editor.window->isVisible());
 

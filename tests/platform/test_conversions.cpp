@@ -147,48 +147,45 @@ private slots:
     void wholeNumbersAndMoney_data()
     {
         QTest::addColumn<Variant>("value");
-        QTest::addColumn<QString>("asInteger");
         QTest::addColumn<QString>("asLong");
         QTest::addColumn<QString>("asCurrency");
-        const auto row = [](const Variant& value, const char16_t* asInteger, const char16_t* asLong,
-                            const char16_t* asCurrency) {
-            numberedRow() << value << q(asInteger) << q(asLong) << q(asCurrency);
+        const auto row = [](const Variant& value, const char16_t* asLong, const char16_t* asCurrency) {
+            numberedRow() << value << q(asLong) << q(asCurrency);
         };
-        row(1.5, u"2", u"2", u"1,5");
-        row(2.5, u"2", u"2", u"2,5");
-        row(-2.5, u"-2", u"-2", u"-2,5");
-        row(2.5000001, u"3", u"3", u"2,5");
-        row(q(u"2,5"), u"2", u"2", u"2,5");
-        row(q(u"2,50000000000000000000001"), u"3", u"3", u"2,5");
-        row(currency(25'000), u"2", u"2", u"2,5");
-        row(q(u"0,00015"), u"0", u"0", u"0,0002");
-        row(q(u"0,00025"), u"0", u"0", u"0,0002");
-        row(q(u"0,000050001"), u"0", u"0", u"0,0001");
-        row(q(u"0,000009"), u"0", u"0", u"0");
-        row(0.03125, u"0", u"0", u"0,0312");
-        row(0.09375, u"0", u"0", u"0,0938");
-        row(1.00705, u"1", u"1", u"1,007"); // a half only as a product of doubles
-        row(32767.4, u"32767", u"32767", u"32767,4");
-        row(32767.5, u"error 6", u"32768", u"32767,5");
-        row(-32768.5, u"-32768", u"-32768", u"-32768,5");
-        row(q(u"2147483647,4"), u"error 6", u"2147483647", u"2147483647,4");
-        row(q(u"-2147483648,5"), u"error 6", u"-2147483648", u"-2147483648,5");
-        row(qint64{3'000'000'000}, u"error 6", u"error 6", u"3000000000");
-        row(q(u"922337203685477,5807"), u"error 6", u"error 6", u"922337203685477,5807");
-        row(q(u"-922337203685477,5808"), u"error 6", u"error 6", u"-922337203685477,5808");
-        row(q(u"&HFFFF"), u"-1", u"65535", u"65535");
-        row(q(u"&HFFFFFFFF"), u"error 6", u"-1", u"4294967295");
-        row(day(1900, 1, 1, QTime(12, 0)), u"2", u"2", u"2,5");
-        row(q(u"12:30"), u"error 13", u"error 13", u"error 13");
-        row(Variant(), u"error 94", u"error 94", u"error 94");
+        row(1.5, u"2", u"1,5");
+        row(2.5, u"2", u"2,5");
+        row(-2.5, u"-2", u"-2,5");
+        row(2.5000001, u"3", u"2,5");
+        row(q(u"2,5"), u"2", u"2,5");
+        row(q(u"2,50000000000000000000001"), u"3", u"2,5");
+        row(currency(25'000), u"2", u"2,5");
+        row(q(u"0,00015"), u"0", u"0,0002");
+        row(q(u"0,00025"), u"0", u"0,0002");
+        row(q(u"0,000050001"), u"0", u"0,0001");
+        row(q(u"0,000009"), u"0", u"0");
+        row(0.03125, u"0", u"0,0312");
+        row(0.09375, u"0", u"0,0938");
+        row(1.00705, u"1", u"1,007"); // a half only as a product of doubles
+        row(32767.4, u"32767", u"32767,4");
+        row(32767.5, u"32768", u"32767,5");
+        row(-32768.5, u"-32768", u"-32768,5");
+        row(q(u"2147483647,4"), u"2147483647", u"2147483647,4");
+        row(q(u"-2147483648,5"), u"-2147483648", u"-2147483648,5");
+        row(qint64{3'000'000'000}, u"error 6", u"3000000000");
+        row(q(u"922337203685477,5807"), u"error 6", u"922337203685477,5807");
+        row(q(u"-922337203685477,5808"), u"error 6", u"-922337203685477,5808");
+        row(q(u"&HFFFF"), u"65535", u"65535");
+        row(q(u"&HFFFFFFFF"), u"-1", u"4294967295");
+        row(day(1900, 1, 1, QTime(12, 0)), u"2", u"2,5");
+        row(q(u"12:30"), u"error 13", u"error 13");
+        row(Variant(), u"error 94", u"error 94");
         for (const Variant& value :
              {Variant(q(u"922337203685477,5808")), Variant(q(u"1e400")), Variant(1e300), Variant(NoNumber)})
-            row(value, u"error 6", u"error 6", u"error 6");
+            row(value, u"error 6", u"error 6");
     }
     void wholeNumbersAndMoney()
     {
         QFETCH(Variant, value);
-        QTEST(outcome([&] { return CInt(value); }), "asInteger");
         QTEST(outcome([&] { return CLng(value); }), "asLong");
         QTEST(outcome([&] { return CCur(value); }), "asCurrency");
     }
@@ -289,7 +286,6 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(QString, expected);
-        QCOMPARE(IsDate(text), !expected.isEmpty());
         const std::optional<Date> date = parseDate(text);
         QCOMPARE(date ? CStr(*date) : QString(), expected);
         if (date)
@@ -451,9 +447,9 @@ private slots:
         QCOMPARE(outcome([] { return CDbl(Variant()); }), invalidNull);
         QCOMPARE(outcome([] { return CDate(Variant()); }), invalidNull);
         QCOMPARE(outcome([] { return Variant().text(); }), invalidNull);
-        QVERIFY(!IsNumeric(Variant()) && !IsDate(Variant()));
-        QVERIFY(IsNumeric(1) && IsNumeric(1.5) && IsNumeric(currency(1)) && !IsDate(1));
-        QVERIFY(IsDate(day(2024, 3, 5)) && !IsNumeric(day(2024, 3, 5)));
+        QVERIFY(!IsNumeric(Variant()));
+        QVERIFY(IsNumeric(1) && IsNumeric(1.5) && IsNumeric(currency(1)));
+        QVERIFY(!IsNumeric(day(2024, 3, 5)));
         QVERIFY(!IsNumeric(QStringLiteral("1e400")));
         QCOMPARE(plainDecimal(-1234.5), QStringLiteral("-1234.5"));
         QCOMPARE(plainDecimal(1.0 / 12.0), QStringLiteral("0.0833333333333333"));

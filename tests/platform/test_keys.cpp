@@ -309,6 +309,21 @@ private Q_SLOTS:
         QCOMPARE(counter.noted, QStringList({u"enter"_s, u"delete"_s}));
     }
 
+    void aMenuTakesWhatIsTypedAhead()
+    {
+        Counter counter;
+        counter.statements = 2;
+        counter.then = [&](const QString& what) {
+            if (what == u"enter")
+                counter.box.setFocus();
+        };
+        counter.open();
+        counter.box.setText(u"1234"_s);
+        // The box's own menu runs a loop inside the event that opens it.
+        Hand(u"key --delay 15 Return Menu Escape BackSpace 5 Return"_s).isDone();
+        QCOMPARE(counter.noted, QStringList({u"enter"_s, u"box:1235"_s}));
+    }
+
     void theWheelPassesByAndEscapeEndsAFill()
     {
         Counter counter;

@@ -26,11 +26,13 @@
 #include <QLabel>
 #include <QLibraryInfo>
 #include <QLineEdit>
+#include <QLoggingCategory>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScopedValueRollback>
 #include <QSet>
 #include <QSignalSpy>
@@ -233,37 +235,57 @@ private Q_SLOTS:
     {
         QTest::addColumn<std::function<void()>>("operation");
         QTest::addColumn<QString>("text");
-        const auto row = [](const char* name, std::function<void()> operation, const char16_t* text) {
-            QTest::newRow(name) << std::move(operation) << QString::fromUtf16(text);
+        QTest::addColumn<QString>("noted"); // What is noted where it is passed over; empty where it never is.
+        const auto row = [](const char* name, std::function<void()> operation, const char16_t* text,
+                            const char16_t* noted) {
+            QTest::newRow(name) << std::move(operation) << QString::fromUtf16(text) << QString::fromUtf16(noted);
         };
         row(
             "conversion", [] { throw vb::Error(vb::Error::TypeMismatch); },
-            u"Erro em tempo de execução '13':\n\nTipos incompatíveis");
+            u"Erro em tempo de execução '13':\n\nTipos incompatíveis", u"13 Tipos incompatíveis");
         row(
-            "source", [] { throw ado::Error(-2147467259, QStringLiteral("Tabela não existe"), QStringLiteral("x")); },
-            u"Erro em tempo de execução '-2147467259':\n\nTabela não existe");
+            "source",
+            [] {
+                throw ado::Error(1146, QStringLiteral("Não há x"), QStringLiteral("Select x"), QStringLiteral("42S02"));
+            },
+            u"Erro em tempo de execução '1146':\n\nNão há x", u"1146 [42S02] Não há x Select x");
+        row(
+            "password",
+            [] { throw ado::Error(1064, QStringLiteral("near 'b'"), QStringLiteral("nome = 'S' and senh = 'a'b';")); },
+            u"Erro em tempo de execução '1064':\n\nnear 'b'", u"1064 []  nome = 'S' and senh = '...");
         row(
             "printer", [] { throw platform::PrintError(QStringLiteral("A fila não existe.")); },
-            u"Erro em tempo de execução '482':\n\nA fila não existe.");
+            u"Erro em tempo de execução '482':\n\nA fila não existe.", u"A fila não existe.");
         row(
-            "memory", [] { throw std::bad_alloc(); }, u"Erro em tempo de execução '7':\n\nMemória insuficiente");
+            "memory", [] { throw std::bad_alloc(); }, u"Erro em tempo de execução '7':\n\nMemória insuficiente", u"");
         row(
-            "other", [] { throw std::runtime_error("abc"); }, u"Erro em tempo de execução '51':\n\nErro interno: abc");
+            "other", [] { throw std::runtime_error("abc"); }, u"Erro em tempo de execução '51':\n\nErro interno: abc",
+            u"");
         row(
-            "no exception class", [] { throw 5; }, u"Erro em tempo de execução '51':\n\nErro interno");
+            "no exception class", [] { throw 5; }, u"Erro em tempo de execução '51':\n\nErro interno", u"");
     }
     void boundary()
     {
         QFETCH(std::function<void()>, operation);
         QFETCH(QString, text);
+        QFETCH(QString, noted);
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         NotedMessages messages;
         QVERIFY(!platform::tellAndStay(messages, operation));
         QVERIFY(!platform::orEndProgram(messages, operation));
         QCOMPARE(messages.texts, (QStringList{text, text}));
-        QVERIFY(!platform::carryOn(operation));
-        QVERIFY(!platform::leaveQuietly(operation));
         QVERIFY(platform::tellAndStay(messages, [] {}));
-        QCOMPARE(messages.texts.size(), 2);
+        for (const auto ignore : {platform::carryOn, platform::leaveQuietly}) {
+            if (noted.isEmpty()) {
+                QVERIFY(!platform::tellAndStay(messages, [&] { ignore(operation); }));
+                continue;
+            }
+            QVERIFY(!ignore(operation)); // By default without a line.
+            QLoggingCategory::setFilterRules(QStringLiteral("planilha.erros=true"));
+            QTest::ignoreMessage(QtWarningMsg, noted.toUtf8().constData());
+            QVERIFY(!ignore(operation));
+            QLoggingCategory::setFilterRules(QString());
+        }
         messages.broken = true;
         QVERIFY(!platform::tellAndStay(messages, operation));
     }
@@ -423,6 +445,13 @@ private Q_SLOTS:
         QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
         QCOMPARE(box->text(), QStringLiteral("3,45"));
         QCOMPARE(codes.size(), 7);
+        QApplication::clipboard()->setText(QStringLiteral("R$ 1.234.567,50"));
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(box->text(), QStringLiteral("1234567,50")); // a figure with thousands points stays that figure
+        QApplication::clipboard()->setText(QStringLiteral("R$ 3.45\n"));
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
         QTest::keyClick(box, Qt::Key_Left);
         QTest::keyClick(box, Qt::Key_Delete);
         QCOMPARE(box->text(), QStringLiteral("3,4"));

@@ -68,11 +68,11 @@ private Q_SLOTS:
 
     void listEntries()
     {
-        const QString entry = Module1::listEntry(7, u"Óleo - 1 L"_s);
+        const QString entry = shared::listEntry(7, u"Óleo - 1 L"_s);
         QCOMPARE(entry, u"00007 - Óleo - 1 L"_s);
-        QCOMPARE(Module1::entryCode(entry), u"00007"_s);
-        QCOMPARE(Module1::entryDescription(entry), u"Óleo - 1 L"_s);
-        QCOMPARE(Module1::entryDescription(u"0000"_s), QString());
+        QCOMPARE(shared::entryCode(entry), u"00007"_s);
+        QCOMPARE(shared::entryDescription(entry), u"Óleo - 1 L"_s);
+        QCOMPARE(shared::entryDescription(u"0000"_s), QString());
     }
 
     void gridHelpers()
@@ -156,6 +156,28 @@ private Q_SLOTS:
         QCOMPARE(read.IE, QString());
         QCOMPARE(read.CNPJ, u"00.111.222/0001-33"_s);
         QCOMPARE(read.endereco, u"Avenida das Acácias, 1500, Ipê do Sul, (00) 3000-1234"_s);
+    }
+
+    void comingBackSelectsNothing()
+    {
+        QWidget window;
+        QWidget other;
+        auto& box = *new QLineEdit(&window);
+        auto& next = *new QLineEdit(&window);
+        for (QLineEdit* const one : {&box, &next})
+            shared::seleciona_ao_focar(*one);
+        next.setText(u"12,5"_s);
+        support::open(window);
+        box.setFocus();
+        QTest::keyClicks(&box, u"1234"_s);
+        support::open(other);
+        support::open(window);
+        QVERIFY(box.hasFocus());
+        QCOMPARE(box.selectedText(), QString());
+        support::open(other);
+        next.setFocus(); // by the program, while another window is in front
+        support::open(window);
+        QCOMPARE(next.selectedText(), u"12,5"_s);
     }
 
     /// A window that is closed while its handler lets events run lives until the handler has returned.

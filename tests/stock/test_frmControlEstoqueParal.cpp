@@ -204,6 +204,12 @@ private Q_SLOTS:
             QCOMPARE(ledger.tx(0).text(), one[1]);
             QCOMPARE(ledger.statements(), QStringList());
         }
+        const QStringList typed[] = {{u"12.5"_s, u"12,50"_s}, {u"1.000,00"_s, u"1.000,00"_s}, {u"1.000"_s, u"1,00"_s}};
+        for (const QStringList& one : typed) {
+            typeInto(ledger.tx(0), one[0]);
+            ledger.tx(1).setFocus();
+            QCOMPARE(ledger.tx(0).text(), one[1]); // a point alone is the decimal comma
+        }
         // Without a selected product the row belongs to none.
         ledger.tx(0).setText(u"-3"_s);
         click(ledger.window, "BTM");

@@ -159,7 +159,7 @@ MariaDbServer& MariaDbServer::shared()
     return *server;
 }
 
-MariaDbServer::MariaDbServer()
+MariaDbServer::MariaDbServer(const QString& settings)
 {
     static int servers = 0;
     removeLeftovers();
@@ -188,10 +188,11 @@ MariaDbServer::MariaDbServer()
                          "bind-address=%2\nport=3306\ninit-file=%1/init.sql\nlower_case_table_names=1\n"
                          "character-set-server=utf8mb4\nsql_mode=\nskip-name-resolve\nlog_output=TABLE\n"
                          "innodb_undo_tablespaces=0\n%4")
-              .arg(outsidePath(m_folder), m_host, userId() == 0 ? QStringLiteral("user=root\n") : QString(),
-                   isLikeAStations ? QString()
-                                   : QStringLiteral("innodb_log_file_size=4M\ninnodb_buffer_pool_size=32M\n"
-                                                    "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")));
+                  .arg(outsidePath(m_folder), m_host, userId() == 0 ? QStringLiteral("user=root\n") : QString(),
+                       isLikeAStations ? QString()
+                                       : QStringLiteral("innodb_log_file_size=4M\ninnodb_buffer_pool_size=32M\n"
+                                                        "innodb_flush_log_at_trx_commit=2\nperformance_schema=OFF\n")) +
+              settings);
     start();
 }
 

@@ -24,7 +24,8 @@ public:
     /// Servers made from now on have the sizes and the durability of a station's, not those of a quick test.
     static void likeAStations();
 
-    MariaDbServer();
+    /// `settings` are more lines of its configuration; the last of a name counts.
+    explicit MariaDbServer(const QString& settings = {});
     ~MariaDbServer();
     MariaDbServer(const MariaDbServer&) = delete;
     MariaDbServer& operator=(const MariaDbServer&) = delete;

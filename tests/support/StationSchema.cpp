@@ -63,7 +63,8 @@ void makeHosts(const QString& folder, const QList<QStringList>& rows)
     connection.Execute(statements(QStringLiteral("hosts.sql")).first());
     for (const QStringList& row : rows) {
         connection.Execute(QStringLiteral("INSERT INTO hosts (ativo, host, basededados, usuarioD, Senha) VALUES ('%1')")
-                               .arg(row.join(QStringLiteral("', '"))));
+                               .arg(row.join(QStringLiteral("', '")))
+                               .replace(QStringLiteral("''"), QStringLiteral("NULL")));
     }
 }
 

@@ -14,7 +14,7 @@ namespace {
 constexpr PageNumber mapsPage = 1;
 constexpr PageNumber firstSystemPage = 2;
 constexpr PageNumber systemTableCount = 4;
-constexpr std::size_t mostFaults = 200;
+constexpr std::size_t mostLines = 200; ///< Of faults, and of notes.
 constexpr std::size_t shortAccount = 2;
 
 std::string numbered(const char* what, std::uint32_t number)
@@ -26,10 +26,30 @@ std::string numbered(const char* what, std::uint32_t number)
 
 void VerifyRecord::fault(const std::string& text)
 {
-    if (m_faults.size() < mostFaults)
-        m_faults.push_back(text);
-    else if (m_faults.size() == mostFaults)
-        m_faults.emplace_back("Há mais falhas, que não são listadas.");
+    enter(m_found.faults, m_moreFaults, text);
+}
+
+void VerifyRecord::note(const std::string& text)
+{
+    enter(m_found.notes, m_moreNotes, text);
+}
+
+void VerifyRecord::enter(std::vector<std::string>& list, std::size_t& more, const std::string& text)
+{
+    if (list.size() < mostLines)
+        list.push_back(text);
+    else
+        ++more;
+}
+
+SelfCheck VerifyRecord::found() const
+{
+    SelfCheck found = m_found;
+    if (m_moreFaults > 0)
+        found.faults.push_back("Mais " + std::to_string(m_moreFaults) + " falhas, que não são listadas.");
+    if (m_moreNotes > 0)
+        found.notes.push_back("Mais " + std::to_string(m_moreNotes) + " notas, que não são listadas.");
+    return found;
 }
 
 void VerifyRecord::claim(PageNumber page, const std::string& owner)
@@ -38,10 +58,13 @@ void VerifyRecord::claim(PageNumber page, const std::string& owner)
         fault(owner + ": a página " + std::to_string(page) + " não existe.");
         return;
     }
-    const auto [held, fresh] = m_owners.emplace(page, owner);
-    if (!fresh)
-        fault(numbered("A página", page) + " pertence a dois donos: " + held->second + "; " + owner + ".");
-    else if (m_space.allocator.isFree(page))
+    if (m_names.empty() || m_names.back() != owner)
+        m_names.push_back(owner);
+    std::uint32_t& held = m_owners[page];
+    if (held != 0)
+        return fault(numbered("A página", page) + " pertence a dois donos: " + m_names[held - 1] + "; " + owner + ".");
+    held = static_cast<std::uint32_t>(m_names.size());
+    if (m_space.allocator.isFree(page))
         fault(numbered("A página", page) + " está em uso (" + owner + ") e marcada como livre.");
 }
 
@@ -171,10 +194,15 @@ private:
 
     void checkLostPages()
     {
+        std::size_t lost = 0;
+        PageNumber first = 0;
         for (PageNumber page = 1; page < m_space.pager.pageCount(); ++page) {
-            if (!m_record.isClaimed(page) && !m_space.allocator.isFree(page))
-                m_record.fault(numbered("A página", page) + " não é livre nem de ninguém.");
+            if (!m_record.isClaimed(page) && !m_space.allocator.isFree(page) && lost++ == 0)
+                first = page;
         }
+        if (lost > 0)
+            m_record.note("Páginas que não são livres nem de ninguém: " + std::to_string(lost) + ", a primeira é a " +
+                          std::to_string(first) + ".");
     }
 
     StorageFile& m_storage;
@@ -184,11 +212,11 @@ private:
 
 } // namespace
 
-std::vector<std::string> StorageFile::verify()
+SelfCheck StorageFile::verify()
 {
     VerifyRecord record(m_space);
     CatalogVerifier(*this, record).run();
-    return record.faults();
+    return record.found();
 }
 
 } // namespace accessfile

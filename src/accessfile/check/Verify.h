@@ -7,27 +7,33 @@
 
 namespace accessfile {
 
-/// What a self-check gathers: faults as sentences, and who owns which page and which map row.
+/// What a self-check gathers: faults and notes as sentences, and who owns which page and which map row.
 class VerifyRecord
 {
 public:
     explicit VerifyRecord(const TableSpace& space)
         : m_space(space)
+        , m_owners(space.pager.pageCount(), 0)
     {}
     void fault(const std::string& text);
+    void note(const std::string& text);
     /// Enters a page under its owner; a second owner, a place beyond the end and the mark of a free page are faults.
     void claim(PageNumber page, const std::string& owner);
     /// Enters the row that holds a map; several maps share a page.
     void claimMap(RowId row, const std::string& owner);
-    [[nodiscard]] bool isClaimed(PageNumber page) const { return m_owners.contains(page); }
+    [[nodiscard]] bool isClaimed(PageNumber page) const { return m_owners[page] != 0; }
     /// Runs `check`; what it raises becomes a fault.
     void attempt(const std::string& what, const std::function<void()>& check);
-    [[nodiscard]] std::vector<std::string> faults() const { return m_faults; }
+    [[nodiscard]] SelfCheck found() const;
 
 private:
+    static void enter(std::vector<std::string>& list, std::size_t& more, const std::string& text);
     const TableSpace& m_space;
-    std::vector<std::string> m_faults;
-    std::map<PageNumber, std::string> m_owners;
+    SelfCheck m_found;
+    std::size_t m_moreFaults = 0;
+    std::size_t m_moreNotes = 0;
+    std::vector<std::string> m_names;    ///< Of owners.
+    std::vector<std::uint32_t> m_owners; ///< By page: place in m_names counted from 1, 0 for none.
     std::set<PageNumber> m_mapPages;
     std::map<RowId, std::string> m_mapRows;
 };

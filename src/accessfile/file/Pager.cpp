@@ -112,7 +112,7 @@ PagePointer Pager::stored(PageNumber number, const PagePointer& plain) const
 PagePointer Pager::page(PageNumber number) const
 {
     if (number >= m_pageCount)
-        throwDamaged("referência a uma página além do fim");
+        throwDamaged("referência à página " + std::to_string(number) + ", além do fim");
     if (!m_changed.empty()) {
         if (const auto found = m_changed.find(number); found != m_changed.end())
             return found->second;

@@ -22,7 +22,7 @@ PagePointer longValuePage(const Pager& pager, PageNumber number)
 {
     PagePointer page = pager.page(number);
     if (!isType(*page, PageType::Data) || datapage::owner(*page) != datapage::longValueOwner)
-        throwDamaged("página de texto longo");
+        throwDamaged("a página " + std::to_string(number) + " não é de textos longos");
     return page;
 }
 
@@ -37,7 +37,22 @@ Bytes makeDescriptor(std::size_t length, std::uint32_t kind, RowId row, std::uin
 
 } // namespace
 
-Bytes LongValues::read(ByteView descriptor) const
+void PiecesRead::begin(RowId row, int column)
+{
+    m_current.owner =
+        std::uint64_t{row.page} << 24U | std::uint64_t{row.slot} << 16U | static_cast<std::uint16_t>(column);
+    ++m_current.reading;
+}
+
+void PiecesRead::claim(RowId piece)
+{
+    Claim& claim = m_claims[std::uint64_t{piece.page} << 8U | piece.slot];
+    if (claim.reading != 0 && (claim.owner != m_current.owner || claim.reading == m_current.reading))
+        throwDamaged("conteúdo repetido na página " + std::to_string(piece.page));
+    claim = m_current;
+}
+
+Bytes LongValues::read(ByteView descriptor, PiecesRead& pieces) const
 {
     if (descriptor.empty())
         return {};
@@ -53,33 +68,39 @@ Bytes LongValues::read(ByteView descriptor) const
     }
     RowId next = loadRowId(descriptor.data() + rowAt);
     if ((word & rowKind) != 0) {
+        pieces.claim(next);
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
         if (length > row.size())
-            throwDamaged("texto longo");
+            throwDamaged("texto longo incompleto na página " + std::to_string(next.page));
         return {row.begin(), row.begin() + static_cast<std::ptrdiff_t>(length)};
     }
     // The declared length is not trusted with memory before the chain has delivered it.
     if (length > std::size_t{m_pager.pageCount()} * pageSize)
         throwDamaged("texto longo");
     Bytes content;
+    PageNumber last = next.page;
     while (content.size() < length) {
         if (next.page == 0)
-            throwDamaged("texto longo incompleto");
+            throwDamaged("texto longo incompleto na página " + std::to_string(last));
+        pieces.claim(next);
         const PagePointer page = longValuePage(m_pager, next.page);
         const ByteView row = datapage::row(*page, next.slot);
-        if (row.size() <= datapage::pointerLength)
-            throwDamaged("texto longo");
-        append(content, row.subspan(datapage::pointerLength,
-                                    std::min(row.size() - datapage::pointerLength, length - content.size())));
+        if (row.size() <= datapage::pointerLength || row.size() - datapage::pointerLength > length - content.size())
+            throwDamaged("texto longo de outro tamanho na página " + std::to_string(next.page));
+        append(content, row.subspan(datapage::pointerLength));
+        last = next.page;
         next = loadRowId(row.data());
     }
+    // What goes on behind its length runs in a circle, or belongs to another value.
+    if (next.page != 0)
+        throwDamaged("texto longo que não termina na página " + std::to_string(last));
     return content;
 }
 
-Value LongValues::value(const ColumnDefinition& column, ByteView descriptor) const
+Value LongValues::value(const ColumnDefinition& column, ByteView descriptor, PiecesRead& pieces) const
 {
-    Bytes content = read(descriptor);
+    Bytes content = read(descriptor, pieces);
     if (column.type != ColumnType::Memo)
         return content;
     std::string text;

@@ -3,6 +3,8 @@
 #include "accessfile/format/TableDefinition.h"
 #include "accessfile/table/UsageMap.h"
 
+#include <unordered_map>
+
 namespace accessfile {
 
 // Layout of a long value's descriptor, the cell of its row:
@@ -23,6 +25,26 @@ constexpr std::uint32_t inlineKind = 0x80000000;
 constexpr std::uint32_t rowKind = 0x40000000;
 } // namespace longvalue
 
+/// What one walk over a table has read outside of its rows, and for which of them: no piece belongs to two. A small
+/// file whose values all name one long chain would otherwise read as more than any memory holds.
+class PiecesRead
+{
+public:
+    /// What is read next is the value of that column, or with -1 a displaced row.
+    void begin(RowId row, int column);
+    /// Raises Damaged for a piece of another value, and for one met twice in a reading.
+    void claim(RowId piece);
+
+private:
+    struct Claim
+    {
+        std::uint64_t owner = 0;
+        std::uint64_t reading = 0;
+    };
+    std::unordered_map<std::uint64_t, Claim> m_claims;
+    Claim m_current;
+};
+
 /// Memo and OLE contents, which live outside the row; the row holds a 12-byte descriptor.
 class LongValues
 {
@@ -32,9 +54,9 @@ public:
         , m_allocator(allocator)
     {}
     /// Content that a descriptor names, still in the text encoding. Raises Damaged.
-    [[nodiscard]] Bytes read(ByteView descriptor) const;
+    [[nodiscard]] Bytes read(ByteView descriptor, PiecesRead& pieces) const;
     /// Value of a memo or OLE cell.
-    [[nodiscard]] Value value(const ColumnDefinition& column, ByteView descriptor) const;
+    [[nodiscard]] Value value(const ColumnDefinition& column, ByteView descriptor, PiecesRead& pieces) const;
 
     /// A value ready to be stored: checked and encoded, nothing changed yet.
     struct Prepared

@@ -2,6 +2,7 @@
 
 #include "accessfile/Error.h"
 #include "accessfile/format/TextCodec.h"
+#include "accessfile/table/PageClaims.h"
 
 #include <algorithm>
 
@@ -31,6 +32,29 @@ StorageFile::StorageFile(FileSystem& files, const std::filesystem::path& file, c
     m_catalog.allowSystem();
     m_catalog.reload({});
     readCatalog();
+    if (const auto missing = m_space.allocator.usedBehindEnd())
+        checkCut(*missing);
+    m_space.allocator.setClaims([this] { return claimedPages(m_space.pager, m_entries); });
+}
+
+/// Access leaves pages behind the end in its maps, and rows may have stood there. Rows that are missing keep the file
+/// from being written, which would give their places to others.
+void StorageFile::checkCut(PageNumber missing)
+{
+    try {
+        for (const CatalogEntry& entry : m_entries) {
+            if (entry.type != CatalogEntry::tableType)
+                continue;
+            const TableFile table(m_space, static_cast<PageNumber>(entry.id), entry.name, {});
+            for (const auto cursor = table.scan(); cursor->next();) {
+            }
+        }
+    } catch (const Error& error) {
+        if (error.kind() != ErrorKind::Damaged)
+            throw;
+        m_space.pager.forbidWriting("O arquivo só pode ser lido: falta o fim dele, a partir da página " +
+                                    std::to_string(missing) + ". " + error.what());
+    }
 }
 
 void StorageFile::readCatalog()

@@ -39,7 +39,7 @@ public:
     void commitStatement() override;
     void rollbackStatement() noexcept override;
     void setDefaultEvaluator(DefaultEvaluator evaluator) override;
-    [[nodiscard]] std::vector<std::string> verify() override;
+    [[nodiscard]] SelfCheck verify() override; // check/Verify.cpp
 
     /// Number of the definition page of a table, system tables included; 0 when there is none.
     [[nodiscard]] TableFile* tableFile(std::string_view name);
@@ -59,6 +59,7 @@ private:
     void addRights(std::int32_t object);
     [[nodiscard]] Bytes ownerOf(std::int32_t object);
     void readCatalog();
+    void checkCut(PageNumber missing);
     [[nodiscard]] const CatalogEntry* find(std::string_view name) const;
 
     TableSpace m_space;

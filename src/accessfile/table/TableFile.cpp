@@ -17,7 +17,8 @@ public:
     ScanCursor(TableSpace& space, const TableDefinition& definition, PageNumber owner)
         : m_space(space)
         , m_owner(owner)
-        , m_pages(UsageMap(space.pager, definition.ownedMap()).pages())
+        , m_head(definition.pages.front())
+        , m_pages(UsageMap(space.pager, definition.ownedMap()).allPages())
         , m_reader(space, definition)
     {}
     bool next() override
@@ -27,17 +28,16 @@ public:
                 const std::size_t index = m_slot++;
                 const datapage::SlotKind kind = datapage::slot(*m_page, index).kind;
                 if (kind == datapage::SlotKind::Live || kind == datapage::SlotKind::Stub) {
+                    ++m_rows;
                     m_reader.open(m_page, {m_pages[m_at - 1], static_cast<std::uint8_t>(index)});
                     return true;
                 }
             }
-            if (m_at >= m_pages.size())
+            if (m_at >= m_pages.size()) {
+                checkMissing();
                 return false;
-            m_page = m_space.pager.page(m_pages[m_at++]);
-            m_slot = 0;
-            m_slots = 0;
-            if (isType(*m_page, PageType::Data) && datapage::owner(*m_page) == m_owner)
-                m_slots = std::min(datapage::slotCount(*m_page), datapage::mostSlots + 1);
+            }
+            open(m_pages[m_at++]);
         }
     }
     [[nodiscard]] RowId rowId() const override { return m_reader.rowId(); }
@@ -45,9 +45,32 @@ public:
     bool appendText(int column, std::string& out) const override { return m_reader.appendText(column, out); }
 
 private:
+    void open(PageNumber number)
+    {
+        m_slot = 0;
+        m_slots = 0;
+        const bool exists = number < m_space.pager.pageCount();
+        if (exists)
+            m_page = m_space.pager.page(number);
+        if (exists && isType(*m_page, PageType::Data) && datapage::owner(*m_page) == m_owner)
+            m_slots = std::min(datapage::slotCount(*m_page), datapage::mostSlots + 1);
+        else if (!exists || isType(*m_page, PageType::None))
+            m_missing = m_missing == 0 ? number : m_missing;
+        else if (!isType(*m_page, PageType::EmptiedData) || datapage::hasLiveRow(*m_page))
+            throwDamaged("a página " + std::to_string(number) + " não é da tabela cujo mapa a cita");
+    }
+    /// A map may name pages that were never written. Where rows are missing too, they stood there.
+    void checkMissing() const
+    {
+        if (m_missing != 0 && m_rows < load32(m_space.pager.page(m_head)->data() + definition::rowCountAt))
+            throwDamaged("faltam registros da tabela, que estavam na página " + std::to_string(m_missing));
+    }
     TableSpace& m_space;
     PageNumber m_owner;
+    PageNumber m_head;
     std::vector<PageNumber> m_pages;
+    PageNumber m_missing = 0; ///< The first one that is not there.
+    std::uint32_t m_rows = 0;
     RowReader m_reader;
     PagePointer m_page;
     std::size_t m_at = 0;
@@ -66,7 +89,9 @@ void RowReader::open(PagePointer home, RowId row)
     if (slot.kind == datapage::SlotKind::Stub) {
         if (slot.length < datapage::pointerLength)
             throwDamaged("registro deslocado");
+        m_pieces.begin(row, -1);
         m_place = loadRowId(m_page->data() + slot.offset);
+        m_pieces.claim(m_place);
         m_page = m_space.pager.page(m_place.page);
         if (!isType(*m_page, PageType::Data))
             throwDamaged("registro deslocado");
@@ -88,8 +113,10 @@ Value RowReader::value(int column) const
     const auto stored = m_layout.cell(definition);
     if (!stored)
         return Null{};
-    if (definition.isLongValue())
-        return m_space.longValues.value(definition, *stored);
+    if (definition.isLongValue()) {
+        m_pieces.begin(m_row, column);
+        return m_space.longValues.value(definition, *stored, m_pieces);
+    }
     return decodeCell(definition, *stored);
 }
 
@@ -101,9 +128,10 @@ bool RowReader::appendText(int column, std::string& out) const
     const auto stored = m_layout.cell(definition);
     if (!stored)
         return false;
-    if (definition.type == ColumnType::Memo)
-        appendStoredText(m_space.longValues.read(*stored), out);
-    else if (definition.fixed)
+    if (definition.type == ColumnType::Memo) {
+        m_pieces.begin(m_row, column);
+        appendStoredText(m_space.longValues.read(*stored, m_pieces), out);
+    } else if (definition.fixed)
         appendUtf16(*stored, out);
     else
         appendStoredText(*stored, out);

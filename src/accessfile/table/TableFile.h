@@ -34,6 +34,7 @@ private:
     RowId m_row;
     RowId m_place;
     std::size_t m_length = 0;
+    mutable PiecesRead m_pieces;
 };
 
 class TableFile : public Table

@@ -1,35 +1,12 @@
 #pragma once
 
-#include "accessfile/Value.h"
-#include "accessfile/file/Pager.h"
+#include "accessfile/table/PageAllocator.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
 namespace accessfile {
-
-/// Which pages of the file are free. Rows 0 (free) and 1 (freed, not yet given back) of page 1.
-class PageAllocator
-{
-public:
-    explicit PageAllocator(Pager& pager)
-        : m_pager(pager)
-    {}
-    /// A zeroed page: one that this session freed, else a new one at the end.
-    [[nodiscard]] PageNumber allocate();
-    /// Marks a page as free. It must be in no map any more.
-    void release(PageNumber page, PageType mark = PageType::None);
-    [[nodiscard]] bool isFree(PageNumber page) const;
-    void forgetUnit() noexcept { m_freed = m_committedFreed; }
-    void keepUnit() { m_committedFreed = m_freed; }
-
-private:
-    void setFree(PageNumber page, bool free);
-    Pager& m_pager;
-    // Pages that older sessions left free are not taken again: a file that marks a used page as free would lose it.
-    std::vector<PageNumber> m_freed;
-    std::vector<PageNumber> m_committedFreed;
-};
 
 /// A set of pages, stored as a row: of a table, of an index, of a long-value column.
 class UsageMap
@@ -44,6 +21,8 @@ public:
     [[nodiscard]] std::vector<PageNumber> pages() const;
     /// All pages, those beyond the end of the file too.
     [[nodiscard]] std::vector<PageNumber> allPages() const;
+    /// The same without a list of them.
+    void forEachPage(const std::function<void(PageNumber)>& take) const;
     [[nodiscard]] std::optional<PageNumber> highest() const;
     void add(PageNumber page, PageAllocator& allocator);
     void remove(PageNumber page);

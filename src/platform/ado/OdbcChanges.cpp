@@ -64,7 +64,7 @@ OdbcSession::Description OdbcSession::describe(const QString& select) const
 {
     const Statement statement = makeStatement();
     if (!SQL_SUCCEEDED(SQLPrepareW(statement.get(), wide(select), static_cast<SQLINTEGER>(select.size())))) {
-        throw diagnosis(SQL_HANDLE_STMT, statement.get(), select);
+        throw failureOf(statement, select);
     }
     Description description;
     description.columns = describeColumns(statement, select);
@@ -147,23 +147,28 @@ void OdbcSession::updateRow(const QString& select, const RowSet& rows, qsizetype
     const bool isKeyed = !key.isEmpty() && std::none_of(key.begin(), key.end(), [&](const QString& name) {
         return rows.value(row, rows.fieldIndex(name)).isNull(); // A unique key may hold Null more than once.
     });
+    // Somebody else may have changed what is about to be overwritten.
+    const auto isCompared = [&](const ResultColumn& column) {
+        const auto isNamed = [&](const QString& name) {
+            return name.compare(column.field.name, Qt::CaseInsensitive) == 0;
+        };
+        return !isKeyed || std::any_of(key.begin(), key.end(), isNamed) ||
+               std::any_of(changes.begin(), changes.end(),
+                           [&](const FieldValue& change) { return isNamed(change.name); });
+    };
     QStringList conditions;
-    if (isKeyed) {
-        for (const QString& name : key) {
-            conditions << condition(*columnNamed(columns, name));
-        }
-    } else {
-        for (const ResultColumn& column : columns) {
+    for (const ResultColumn& column : columns) {
+        if (isCompared(column)) {
             conditions << condition(column);
         }
     }
+    conditions.removeAll(QString());
 
     const QString text = updateStatement(m_dialect, table, converted(columns, changes), conditions, !isKeyed);
     const Statement statement = run(text);
     SQLLEN changed = 0;
     if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &changed)) && changed == 0) {
-        constexpr int RowNotFound = -2147217864;
-        throw Error(RowNotFound,
+        throw Error(Error::Conflict,
                     QStringLiteral("A linha não pode ser localizada para atualização. Alguns valores podem ter sido "
                                    "alterados desde a última leitura."),
                     text);

@@ -20,7 +20,8 @@ Error diagnosis(SQLSMALLINT type, SQLHANDLE handle, const QString& statement)
         message = QStringLiteral("Erro não especificado do driver ODBC.");
     }
     constexpr int Unspecified = -2147467259;
-    return Error(native != 0 ? static_cast<int>(native) : Unspecified, message, statement);
+    return Error(native != 0 ? static_cast<int>(native) : Unspecified, message, statement,
+                 QString::fromUtf16(reinterpret_cast<const char16_t*>(state.data())));
 }
 
 Handle<SQL_HANDLE_ENV> makeEnvironment()

@@ -1,5 +1,6 @@
 #include "platform/ado/OdbcSession.h"
 
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/ado/OdbcDrivers.h"
 
 #include <array>
@@ -95,13 +96,44 @@ OdbcSession::OdbcSession(std::unique_ptr<Link> link, int commandTimeout)
     m_dialect.isMySql = product.contains(QLatin1StringView("mysql"), Qt::CaseInsensitive) ||
                         product.contains(QLatin1StringView("mariadb"), Qt::CaseInsensitive);
     m_dialect.identifierQuote = information(SQL_IDENTIFIER_QUOTE_CHAR);
-    if (m_commandTimeout > 0 && m_dialect.isMySql) {
-        try {
-            (void)run(QStringLiteral("SET SESSION max_statement_time = %1").arg(m_commandTimeout));
-        } catch (const Error&) {
-            // Not every server knows such a limit.
+    if (m_dialect.isMySql) {
+        // The longest that every server takes, 24 days: the connection outlives idle days and holidays.
+        ask(QStringLiteral("SET SESSION wait_timeout = 2147483"));
+        if (m_commandTimeout > 0) {
+            ask(QStringLiteral("SET SESSION max_statement_time = %1").arg(m_commandTimeout));
         }
     }
+}
+
+void OdbcSession::ask(const QString& statement) const
+{
+    try {
+        (void)run(statement);
+    } catch (const Error& error) {
+        platform::noteIgnored(error);
+    }
+}
+
+Error OdbcSession::failureOf(const Statement& statement, const QString& text) const
+{
+    constexpr int NoSuchTable = 1146;
+    const Error error = diagnosis(SQL_HANDLE_STMT, statement.get(), text);
+    if (error.number() != NoSuchTable || !m_dialect.isMySql) {
+        return error;
+    }
+    const QString question = QStringLiteral("SELECT @@lower_case_table_names");
+    const Statement setting = makeStatement();
+    if (!SQL_SUCCEEDED(SQLExecDirectW(setting.get(), wide(question), static_cast<SQLINTEGER>(question.size())))) {
+        return error;
+    }
+    const RowSet answer = fetchRows(setting, question);
+    if (answer.rowCount() == 0 || answer.value(0, 0).textOrEmpty() != u"0") {
+        return error;
+    }
+    return {error.number(),
+            error.text() + QStringLiteral("\n\nO servidor distingue maiúsculas de minúsculas nos nomes das tabelas. "
+                                          "Configure nele lower_case_table_names=1."),
+            error.statement(), error.sqlState()};
 }
 
 QString OdbcSession::information(SQLUSMALLINT kind) const
@@ -127,7 +159,7 @@ Statement OdbcSession::run(const QString& text) const
     Statement statement = makeStatement();
     const SQLRETURN result = SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
     if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) {
-        throw diagnosis(SQL_HANDLE_STMT, statement.get(), text);
+        throw failureOf(statement, text);
     }
     return statement;
 }

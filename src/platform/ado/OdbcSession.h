@@ -35,6 +35,11 @@ private:
     /// Columns of the primary key, else of a unique key, that the description holds whole; empty without one.
     [[nodiscard]] QStringList keyColumns(const QStringList& table, const Description& description) const;
     [[nodiscard]] QString information(SQLUSMALLINT kind) const;
+    /// Asks a MySQL server for something that not every one grants.
+    void ask(const QString& statement) const;
+    /// The error of a statement that failed. A table that is not there because the server tells capitals apart is named
+    /// so, with the setting that helps.
+    [[nodiscard]] Error failureOf(const Statement& statement, const QString& text) const;
 
     std::unique_ptr<Link> m_link;
     int m_commandTimeout;

@@ -47,19 +47,34 @@ QString unquoted(QStringView token)
     return (isQuoted ? token.mid(1, token.size() - 2) : token).toString();
 }
 
-QString dateText(vb::Date value)
+/// To the second.
+QDateTime momentOf(vb::Date value)
 {
     const double days = std::trunc(value.serial);
     const auto seconds = static_cast<qint64>(std::llround(std::abs(value.serial - days) * 86400.0));
-    const QDateTime moment(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), QTimeZone::utc());
-    return moment.addSecs(seconds).toString(seconds == 0 ? QStringLiteral("yyyy-MM-dd")
-                                                         : QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QDateTime day(QDate(1899, 12, 30).addDays(static_cast<qint64>(days)), QTime(0, 0), QTimeZone::utc());
+    return day.addSecs(seconds);
+}
+
+QString momentLiteral(const Dialect& dialect, const QDateTime& moment)
+{
+    const bool isDay = moment.time() == QTime(0, 0);
+    const QString text = moment.toString(isDay ? QStringLiteral("yyyy-MM-dd") : QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (dialect.isMySql) {
+        return QLatin1Char('\'') + text + QLatin1Char('\'');
+    }
+    return (isDay ? QStringLiteral("{d '") : QStringLiteral("{ts '")) + text + QStringLiteral("'}");
+}
+
+/// Whether a backslash escapes depends on the server's mode; a hexadecimal text means the same in each.
+bool isHexadecimal(const Dialect& dialect, const QString& text)
+{
+    return dialect.isMySql && (text.contains(QLatin1Char('\\')) || text.contains(QChar::Null));
 }
 
 QString textLiteral(const Dialect& dialect, const QString& text)
 {
-    // Whether a backslash escapes depends on the server's mode; a hexadecimal text means the same in each.
-    if (dialect.isMySql && (text.contains(QLatin1Char('\\')) || text.contains(QChar::Null))) {
+    if (isHexadecimal(dialect, text)) {
         return QStringLiteral("CONVERT(0x%1 USING utf8mb4)").arg(QString::fromLatin1(text.toUtf8().toHex()));
     }
     QString doubled = text;
@@ -81,6 +96,48 @@ QString currencyText(vb::Currency value)
         .arg(scaled < 0 ? QStringLiteral("-") : QString())
         .arg(magnitude / Scale)
         .arg(magnitude % Scale, 4, 10, QLatin1Char('0'));
+}
+
+/// How far a number may lie from the value that was read of it: a server writes single precision with six digits, or
+/// with the decimals of the column, and old servers write the others with fifteen.
+double marginOf(double number, bool isSingle)
+{
+    constexpr double Single = 1e-7;
+    constexpr double Double = 1e-13;
+    if (number == 0 || !isSingle)
+        return std::abs(number) * Double;
+    constexpr int Digits = 6;
+    const bool isRounded = QString::number(number, 'g', Digits).toDouble() == number;
+    const double unit = std::pow(10.0, std::floor(std::log10(std::abs(number))) - (Digits - 1));
+    return std::abs(number) * Single + (isRounded ? unit / 2 : 0);
+}
+
+QString between(const QString& name, double number, bool isSingle)
+{
+    const double margin = marginOf(number, isSingle);
+    return QStringLiteral("%1 BETWEEN %2 AND %3").arg(name, numberText(number - margin), numberText(number + margin));
+}
+
+/// A moment may have parts of a second that a literal does not show; a time of day is no day at all.
+QString sameMoment(const Dialect& dialect, const ResultColumn& column, const QString& name, vb::Date value)
+{
+    if (column.sqlType == SQL_TYPE_DATE || column.sqlType == SQL_DATE)
+        return name + QStringLiteral(" = ") + momentLiteral(dialect, momentOf(value));
+    if (column.sqlType == SQL_TYPE_TIME || column.sqlType == SQL_TIME) {
+        constexpr double SecondsPerDay = 86400;
+        const double seconds = value.serial * SecondsPerDay;
+        return dialect.isMySql ? QStringLiteral("TIME_TO_SEC(%1) BETWEEN %2 AND %3")
+                                     .arg(name, numberText(std::floor(seconds)), numberText(std::ceil(seconds)))
+                               : QString();
+    }
+    const QDateTime moment = momentOf(value);
+    return QStringLiteral("%1 BETWEEN %2 AND %3")
+        .arg(name, momentLiteral(dialect, moment.addSecs(-1)), momentLiteral(dialect, moment.addSecs(1)));
+}
+
+bool isBytes(SQLSMALLINT sqlType)
+{
+    return sqlType == SQL_BINARY || sqlType == SQL_VARBINARY || sqlType == SQL_LONGVARBINARY;
 }
 
 } // namespace
@@ -141,12 +198,7 @@ QString literal(const Dialect& dialect, const vb::Variant& value)
         return currencyText(*money);
     }
     if (const auto* date = std::get_if<vb::Date>(&value.value())) {
-        const QString text = dateText(*date);
-        if (dialect.isMySql) {
-            return QLatin1Char('\'') + text + QLatin1Char('\'');
-        }
-        const bool isDay = text.size() == 10;
-        return (isDay ? QStringLiteral("{d '") : QStringLiteral("{ts '")) + text + QStringLiteral("'}");
+        return momentLiteral(dialect, momentOf(*date));
     }
     if (const auto* text = std::get_if<QString>(&value.value())) {
         return textLiteral(dialect, *text);
@@ -163,17 +215,23 @@ QString sameValue(const Dialect& dialect, const ResultColumn& column, const vb::
                    ? QStringLiteral("(%1 IS NULL OR %1 = 0)").arg(name)
                    : name + QStringLiteral(" IS NULL");
     }
-    if (column.sqlType == SQL_REAL || (column.sqlType == SQL_FLOAT && column.field.type == FieldType::Double)) {
-        // A single-precision column never equals a decimal literal.
-        const double number = std::get<double>(value.value());
-        const double margin = std::abs(number) * 1e-6;
-        return QStringLiteral("%1 BETWEEN %2 AND %3")
-            .arg(name, numberText(number - margin), numberText(number + margin));
+    if (column.field.type == FieldType::Double) {
+        return between(name, std::get<double>(value.value()), column.sqlType == SQL_REAL);
+    }
+    if (column.field.type == FieldType::Date) {
+        return sameMoment(dialect, column, name, std::get<vb::Date>(value.value()));
+    }
+    if (isBytes(column.sqlType)) {
+        return {};
     }
     if (column.sqlType == SQL_BIT) {
         return name + (std::get<qint64>(value.value()) == 0 ? QStringLiteral(" = 0") : QStringLiteral(" <> 0"));
     }
-    return name + QStringLiteral(" = ") + literal(dialect, value);
+    // A converted text has a collation of its own, which the column's may contradict.
+    const auto* const text = std::get_if<QString>(&value.value());
+    const bool isMixed = text && isHexadecimal(dialect, *text);
+    return name + QStringLiteral(" = ") + literal(dialect, value) +
+           (isMixed ? QStringLiteral(" COLLATE utf8mb4_bin") : QString());
 }
 
 QString insertStatement(const Dialect& dialect, const QStringList& table, const std::vector<FieldValue>& values)

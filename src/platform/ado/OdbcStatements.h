@@ -29,7 +29,8 @@ struct Dialect
 /// backslashes whatever the server's mode is. `value` is of a field's type or Null.
 [[nodiscard]] QString literal(const Dialect& dialect, const vb::Variant& value);
 
-/// Condition that a row still has this value in that column.
+/// Condition that a row still has this value in that column, never false for the value as the column gave it. Empty for
+/// bytes, which a text does not hold.
 [[nodiscard]] QString sameValue(const Dialect& dialect, const ResultColumn& column, const vb::Variant& value);
 
 [[nodiscard]] QString insertStatement(const Dialect& dialect, const QStringList& table,

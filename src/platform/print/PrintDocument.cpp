@@ -1,6 +1,7 @@
 #include "platform/print/PrintDocument.h"
 
 #include "platform/print/Printers.h"
+#include "platform/ui/Twips.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -13,7 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr int TwipsPerInch = 1440;
 constexpr double MillimetresPerInch = 25.4;
 constexpr double TwipsPerPoint = 20;
 

@@ -1,6 +1,7 @@
 #include "platform/ui/Boundary.h"
 
 #include "platform/ado/Error.h"
+#include "platform/ado/IgnoredErrors.h"
 #include "platform/print/Printers.h"
 #include "platform/ui/InputQueue.h"
 #include "platform/vb/Error.h"
@@ -11,9 +12,9 @@ namespace platform {
 
 namespace {
 
-constexpr int outOfMemory = 7;
-constexpr int internalError = 51;
-constexpr int printerError = 482;
+constexpr int OutOfMemory = 7;
+constexpr int InternalError = 51;
+constexpr int PrinterError = 482;
 
 QString numbered(int number, const QString& text)
 {
@@ -29,22 +30,27 @@ void tell(Messages& messages) noexcept
         } catch (const std::exception& error) {
             messages.MsgBox(errorText(error), vbCritical);
         } catch (...) {
-            messages.MsgBox(numbered(internalError, QStringLiteral("Erro interno")), vbCritical);
+            messages.MsgBox(numbered(InternalError, QStringLiteral("Erro interno")), vbCritical);
         }
     } catch (...) {
         // Not even the box could be shown; the operation has stopped all the same.
     }
 }
 
-bool quietly(const std::function<void()>& work) noexcept
+bool quietly(const std::function<void()>& work)
 {
     const InputQueue::Busy handler;
     try {
         work();
         return true;
-    } catch (...) {
-        return false;
+    } catch (const ado::Error& error) {
+        noteIgnored(error);
+    } catch (const vb::Error& error) {
+        noteIgnored(error);
+    } catch (const PrintError& error) {
+        noteIgnored(error);
     }
+    return false;
 }
 
 bool orTell(Messages& messages, const std::function<void()>& work) noexcept
@@ -68,10 +74,10 @@ QString errorText(const std::exception& error)
     if (const auto* const source = dynamic_cast<const ado::Error*>(&error))
         return numbered(source->number(), source->text());
     if (dynamic_cast<const PrintError*>(&error))
-        return numbered(printerError, QString::fromUtf8(error.what()));
+        return numbered(PrinterError, QString::fromUtf8(error.what()));
     if (dynamic_cast<const std::bad_alloc*>(&error))
-        return numbered(outOfMemory, QStringLiteral("Memória insuficiente"));
-    return numbered(internalError, QStringLiteral("Erro interno: ") + QString::fromUtf8(error.what()));
+        return numbered(OutOfMemory, QStringLiteral("Memória insuficiente"));
+    return numbered(InternalError, QStringLiteral("Erro interno: ") + QString::fromUtf8(error.what()));
 }
 
 bool tellAndStay(Messages& messages, const std::function<void()>& operation) noexcept
@@ -79,12 +85,12 @@ bool tellAndStay(Messages& messages, const std::function<void()>& operation) noe
     return orTell(messages, operation);
 }
 
-bool carryOn(const std::function<void()>& step) noexcept
+bool carryOn(const std::function<void()>& step)
 {
     return quietly(step);
 }
 
-bool leaveQuietly(const std::function<void()>& procedure) noexcept
+bool leaveQuietly(const std::function<void()>& procedure)
 {
     return quietly(procedure);
 }

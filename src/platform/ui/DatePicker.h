@@ -21,7 +21,6 @@ public:
 
     [[nodiscard]] QDate Value() const { return date(); }
     void setValue(QDate date);
-    void setDate(QDate date) { setValue(date); }
 
 Q_SIGNALS:
     void Change();

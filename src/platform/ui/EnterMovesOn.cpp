@@ -1,7 +1,8 @@
 #include "platform/ui/EnterMovesOn.h"
 
+#include "platform/ui/Keys.h"
+
 #include <QCoreApplication>
-#include <QKeyEvent>
 
 namespace platform {
 
@@ -20,8 +21,7 @@ bool EnterMovesOn::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::KeyPress)
         return false;
-    const auto& key = *static_cast<QKeyEvent*>(event);
-    if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter)
+    if (!isEnter(*static_cast<QKeyEvent*>(event)))
         return false;
     if (const QPointer<QWidget> next = m_next.value(watched)) {
         next->setFocus(Qt::TabFocusReason);

@@ -227,11 +227,6 @@ void FlexGrid::setRow(int row)
     moveTo(row, Col());
 }
 
-void FlexGrid::setCol(int column)
-{
-    moveTo(Row(), column);
-}
-
 void FlexGrid::moveTo(int row, int column)
 {
     if (!isDataCell(row, column))

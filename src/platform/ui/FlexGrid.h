@@ -52,12 +52,11 @@ public:
     /// Only the header stays; Cols, titles and widths are kept.
     void clearRows();
 
-    /// Current cell. Row 0 when there is no data row; the first row that comes becomes current. Setting them moves the
-    /// selection, not the focus.
+    /// Current cell. Row 0 when there is no data row; the first row that comes becomes current. Setting the row moves
+    /// the selection, not the focus.
     [[nodiscard]] int Row() const;
     void setRow(int row);
     [[nodiscard]] int Col() const;
-    void setCol(int column);
 
     [[nodiscard]] quint32 CellBackColor(int row, int column) const;
     void setCellBackColor(int row, int column, quint32 bgr);

@@ -2,6 +2,7 @@
 
 #include "platform/ui/FlexGridDelegate.h"
 #include "platform/ui/GridCells.h"
+#include "platform/ui/Twips.h"
 
 #include <QFontMetricsF>
 #include <QHeaderView>
@@ -16,12 +17,11 @@ namespace platform {
 
 namespace {
 
-constexpr int advanceUnit = 64;
-constexpr double twipsPerInch = 1440;
+constexpr int AdvanceUnit = 64;
 /// A cell makes its column grow up to this many average characters; a longer one is shortened with an ellipsis.
-constexpr int widestInCharacters = 40;
+constexpr int WidestInCharacters = 40;
 /// Pixels that keep a title off the column's edges.
-constexpr int titleRoom = 8;
+constexpr int TitleRoom = 8;
 
 } // namespace
 
@@ -36,8 +36,8 @@ void FlexGridWidths::measureFont()
     const QFontMetricsF metrics(m_view.font());
     for (size_t code = 0; code < m_advances.size(); ++code)
         m_advances[code] =
-            static_cast<int>(std::ceil(metrics.horizontalAdvance(QChar(static_cast<char16_t>(code))) * advanceUnit));
-    m_widestContent = static_cast<int>(std::ceil(metrics.averageCharWidth() * widestInCharacters));
+            static_cast<int>(std::ceil(metrics.horizontalAdvance(QChar(static_cast<char16_t>(code))) * AdvanceUnit));
+    m_widestContent = static_cast<int>(std::ceil(metrics.averageCharWidth() * WidestInCharacters));
     for (int column = 0; column < m_columns.size(); ++column) {
         m_columns[column].titleText.clear();
         noteTitle(column, m_view.model()->headerData(column, Qt::Horizontal).toString());
@@ -80,7 +80,7 @@ int FlexGridWidths::textWidth(QByteArrayView text) const
             code = (lead & 0xC0U) == 0xC0U ? 'M' : 0; // beyond Latin-1: a wide guess for each character
         width += m_advances[code];
     }
-    return width / advanceUnit + 1 + 2 * FlexGridDelegate::padding + 1;
+    return width / AdvanceUnit + 1 + 2 * FlexGridDelegate::padding + 1;
 }
 
 void FlexGridWidths::noteCell(int column, QByteArrayView cell)
@@ -119,7 +119,7 @@ void FlexGridWidths::noteTitle(int column, const QString& title)
     m_columns[column].titleText = title;
     const QFontMetrics metrics(m_view.horizontalHeader()->font());
     const int margin = m_view.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &m_view);
-    const int width = title.isEmpty() ? 0 : metrics.horizontalAdvance(title) + 2 * margin + titleRoom;
+    const int width = title.isEmpty() ? 0 : metrics.horizontalAdvance(title) + 2 * margin + TitleRoom;
     if (m_columns[column].title != width) {
         m_columns[column].title = width;
         m_stale = true;
@@ -153,7 +153,7 @@ int FlexGridWidths::leastWidth(const Column& column) const
         return column.dragged;
     const int given = column.twips < 0
                           ? m_view.horizontalHeader()->defaultSectionSize()
-                          : static_cast<int>(std::lround(column.twips * m_view.logicalDpiX() / twipsPerInch));
+                          : static_cast<int>(std::lround(column.twips * m_view.logicalDpiX() / double(TwipsPerInch)));
     return std::max({given, column.title, m_view.horizontalHeader()->minimumSectionSize()});
 }
 

@@ -23,12 +23,15 @@ bool FocusWatch::eventFilter(QObject* watched, QEvent* event)
     const bool passing =
         reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason;
     if (event->type() == QEvent::FocusOut) {
-        m_away = passing;
-        if (!passing)
+        if (!passing) {
+            m_here = false;
             Q_EMIT LostFocus();
-    } else if (!passing || !std::exchange(m_away, false)) {
+        }
+    } else {
         // Given the focus while another window was in front, a widget gets it when its own window is active again.
-        Q_EMIT GotFocus(reason);
+        const bool givenMeanwhile = !std::exchange(m_here, true) && reason == Qt::ActiveWindowFocusReason;
+        if (!passing || givenMeanwhile)
+            Q_EMIT GotFocus(reason);
     }
     return false;
 }

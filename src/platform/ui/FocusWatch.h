@@ -23,7 +23,7 @@ Q_SIGNALS:
     void LostFocus();
 
 private:
-    bool m_away = false; ///< The focus is elsewhere for the moment and comes back.
+    bool m_here = false; ///< The operator has come and not left, whatever is in front for the moment.
 };
 
 /// Has a widget get an F4 key right after the focus: a drop-down list opens. Not after a press with the mouse, which

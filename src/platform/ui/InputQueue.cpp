@@ -106,7 +106,7 @@ InputQueue::InputQueue(QApplication& application)
 InputQueue::Busy::Busy()
 {
     if (theQueue)
-        theQueue->m_busy.emplace_back(QApplication::activeModalWidget());
+        theQueue->m_busy.push_back({QApplication::activeModalWidget(), QApplication::activePopupWidget()});
 }
 
 InputQueue::Busy::~Busy()
@@ -323,10 +323,15 @@ bool InputQueue::hasPressWaiting() const
     });
 }
 
-/// While a handler runs, unless it has opened a modal window.
+/// While a handler runs, unless it has opened a modal window or a menu.
 bool InputQueue::isClosed() const
 {
-    return !m_busy.empty() && m_busy.back() == QApplication::activeModalWidget();
+    if (m_busy.empty())
+        return false;
+    const Handler& handler = m_busy.back();
+    const QWidget* const modal = QApplication::activeModalWidget();
+    const QWidget* const popup = QApplication::activePopupWidget();
+    return (!modal || modal == handler.modal) && (!popup || popup == handler.popup);
 }
 
 bool InputQueue::isKeyReady() const

@@ -114,7 +114,13 @@ private:
     void sendMouse(QMouseEvent& event, QWindow* window);
 
     std::deque<Entry> m_waiting;
-    std::vector<QPointer<QWidget>> m_busy; ///< Handlers that run, each with the modal window at its start.
+    /// A handler that runs, with what was on top at its start.
+    struct Handler
+    {
+        QPointer<QWidget> modal;
+        QPointer<QWidget> popup;
+    };
+    std::vector<Handler> m_busy;
     std::function<bool(const QEvent&)> m_drops;
     int m_fills = 0;
     int m_goingOn = 0;

@@ -113,7 +113,9 @@ private:
 
 std::unique_ptr<KeyHandover> makeKeyHandover(std::function<QWindow*()> waitsForFocus)
 {
-    if (auto* const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>())
+    // Without its own display the offscreen platform has the interface, and no connection.
+    auto* const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 && x11->connection() && QGuiApplication::platformName() == u"xcb")
         return std::make_unique<X11KeyHandover>(x11->connection(), std::move(waitsForFocus));
     return std::make_unique<KeyHandover>();
 }

@@ -97,7 +97,12 @@ MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QStrin
         first = box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
         break;
     }
-    box->setEscapeButton(second ? second : first);
+    QPushButton* none = nullptr;
+    if ((style & vbYesNoLater) == vbYesNoLater) {
+        none = box->addButton(QString(), QMessageBox::RejectRole); // What Escape presses; nobody sees it.
+        none->hide();
+    }
+    box->setEscapeButton(none ? none : second ? second : first);
     QPushButton* const preferred = second && (style & vbDefaultButton2) ? second : first;
     box->setDefaultButton(preferred);
     preferred->setFocus();
@@ -112,12 +117,14 @@ MsgBoxResult MessageBoxes::MsgBox(const QString& prompt, int style, const QStrin
         QGuiApplication::restoreOverrideCursor();
     if (window)
         window->activateWindow(); // where no window manager does it, keys would go nowhere
+    const MsgBoxResult closed = none ? MsgBoxResult::Cancel : secondResult;
     // The window under the box may be gone by now and the box with it; then nobody has agreed to anything.
     if (!box)
-        return secondResult;
-    const bool agreed = box->clickedButton() == first;
+        return closed;
+    const QAbstractButton* const clicked = box->clickedButton();
+    const MsgBoxResult result = clicked == first ? firstResult : clicked == second ? secondResult : closed;
     delete box;
-    return agreed ? firstResult : secondResult;
+    return result;
 }
 
 } // namespace platform

@@ -15,7 +15,8 @@ enum MsgBoxStyle : int {
     vbQuestion = 32,
     vbExclamation = 48,
     vbInformation = 64,
-    vbDefaultButton2 = 256
+    vbDefaultButton2 = 256,
+    vbYesNoLater = 4 + 0x10000 ///< Yes and No; a box that is closed otherwise gives Cancel.
 };
 
 enum class MsgBoxResult { Ok = 1, Cancel = 2, Yes = 6, No = 7 };

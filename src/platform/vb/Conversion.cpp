@@ -44,39 +44,11 @@ qint64 toWhole(double value)
     return static_cast<qint64>(whole);
 }
 
-template <class Integer>
-Integer narrow(qint64 value)
+qint32 narrow(qint64 value)
 {
-    if (value < std::numeric_limits<Integer>::min() || value > std::numeric_limits<Integer>::max())
+    if (value < std::numeric_limits<qint32>::min() || value > std::numeric_limits<qint32>::max())
         throw Error(Error::Overflow);
-    return static_cast<Integer>(value);
-}
-
-template <class Integer, class Unsigned>
-Integer toInteger(const Variant& value)
-{
-    return std::visit(Overloaded{
-                          [](Variant::NullType) -> Integer { throw Error(Error::InvalidUseOfNull); },
-                          [](qint64 number) { return narrow<Integer>(number); },
-                          [](double number) { return narrow<Integer>(toWhole(number)); },
-                          [](Currency number) {
-                              const Decimal decimal = Decimal::fromInteger(number.scaled(), CurrencyDecimals);
-                              return narrow<Integer>(decimal.toScaledHalfEven(0).value());
-                          },
-                          [](Date date) { return narrow<Integer>(toWhole(date.serial)); },
-                          [](const QString& text) {
-                              const NumberText number = requireNumber(text);
-                              if (number.bits && *number.bits <= std::numeric_limits<Unsigned>::max()) {
-                                  const auto whole = static_cast<Integer>(static_cast<Unsigned>(*number.bits));
-                                  return number.decimal.negative ? narrow<Integer>(-static_cast<qint64>(whole)) : whole;
-                              }
-                              const std::optional<qint64> whole = number.decimal.toScaledHalfEven(0);
-                              if (!whole)
-                                  throw Error(Error::Overflow);
-                              return narrow<Integer>(*whole);
-                          },
-                      },
-                      value.value());
+    return static_cast<qint32>(value);
 }
 
 QString doubleText(double value, QString (*write)(const Decimal&, char16_t), char16_t point)
@@ -101,13 +73,6 @@ bool IsNumeric(const Variant& value)
     if (const auto* text = std::get_if<QString>(&value.value()))
         return readNumber(*text).status == NumberStatus::Ok;
     return !value.isNull() && !value.isDate();
-}
-
-bool IsDate(const Variant& value)
-{
-    if (const auto* text = std::get_if<QString>(&value.value()))
-        return parseDate(*text).has_value();
-    return value.isDate();
 }
 
 double Val(const QString& text)
@@ -135,12 +100,28 @@ double CDbl(const Variant& value)
 
 qint32 CLng(const Variant& value)
 {
-    return toInteger<qint32, quint32>(value);
-}
-
-qint16 CInt(const Variant& value)
-{
-    return toInteger<qint16, quint16>(value);
+    return std::visit(Overloaded{
+                          [](Variant::NullType) -> qint32 { throw Error(Error::InvalidUseOfNull); },
+                          [](qint64 number) { return narrow(number); },
+                          [](double number) { return narrow(toWhole(number)); },
+                          [](Currency number) {
+                              const Decimal decimal = Decimal::fromInteger(number.scaled(), CurrencyDecimals);
+                              return narrow(decimal.toScaledHalfEven(0).value());
+                          },
+                          [](Date date) { return narrow(toWhole(date.serial)); },
+                          [](const QString& text) {
+                              const NumberText number = requireNumber(text);
+                              if (number.bits && *number.bits <= std::numeric_limits<quint32>::max()) {
+                                  const auto whole = static_cast<qint32>(static_cast<quint32>(*number.bits));
+                                  return number.decimal.negative ? narrow(-static_cast<qint64>(whole)) : whole;
+                              }
+                              const std::optional<qint64> whole = number.decimal.toScaledHalfEven(0);
+                              if (!whole)
+                                  throw Error(Error::Overflow);
+                              return narrow(*whole);
+                          },
+                      },
+                      value.value());
 }
 
 Currency CCur(const Variant& value)
@@ -220,6 +201,15 @@ std::optional<double> parseNumber(QStringView text)
     if (number.status != NumberStatus::Ok)
         return std::nullopt;
     return number.decimal.toDouble();
+}
+
+std::optional<Currency> parseCurrency(QStringView text)
+{
+    const NumberText number = readNumber(text);
+    if (number.status != NumberStatus::Ok)
+        return std::nullopt;
+    const std::optional<qint64> scaled = number.decimal.toScaledHalfEven(CurrencyDecimals);
+    return scaled ? std::optional(Currency::fromScaled(*scaled)) : std::nullopt;
 }
 
 QString plainDecimal(double value)

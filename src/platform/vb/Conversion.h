@@ -7,14 +7,12 @@
 
 // Conversions between texts and values under Brazilian Portuguese settings (comma decimals, point thousands,
 // dd/mm/yyyy, "R$"), whatever the machine's settings are. The texts that stations have stored rest on these
-// rules: halves round to even in CCur, CLng and CInt; a text that is no number is error 13.
+// rules: halves round to even in CCur and CLng; a text that is no number is error 13.
 namespace vb {
 
 /// True for a number and for a text that CDbl takes as a number (thousands points anywhere before the comma, one
 /// sign before or after, brackets for negative, "R$", exponent e or d, &H and &O). Dates, Null and "" are not numeric.
 [[nodiscard]] bool IsNumeric(const Variant& value);
-/// True for a date and for a text that parseDate takes; a number in a text is none.
-[[nodiscard]] bool IsDate(const Variant& value);
 
 /// Leading numeric part of a text with a POINT decimal, blanks skipped; 0 when there is none. Never raises.
 [[nodiscard]] double Val(const QString& text);
@@ -24,7 +22,6 @@ namespace vb {
 
 [[nodiscard]] double CDbl(const Variant& value);   ///< Errors 13, 94, 6.
 [[nodiscard]] qint32 CLng(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (32 bits).
-[[nodiscard]] qint16 CInt(const Variant& value);   ///< Half to even. Errors 13, 94, 6 (16 bits).
 [[nodiscard]] Currency CCur(const Variant& value); ///< Half to even at the fourth decimal. Errors 13, 94, 6.
 /// Every digit of a text or whole number, the 15 of a double; at most 28 of them. Errors 13, 94, 6.
 [[nodiscard]] Decimal CDec(const Variant& value);
@@ -33,6 +30,8 @@ namespace vb {
 
 /// The text to number step of CDbl alone, without error: nullopt when the text is no number.
 [[nodiscard]] std::optional<double> parseNumber(QStringView text);
+/// The same for CCur: nullopt also where the number does not fit.
+[[nodiscard]] std::optional<Currency> parseCurrency(QStringView text);
 /// The text to date step of CDate alone: day/month order, then month/day, then year first; two-digit years 00-29 are
 /// 2000-2029; a bare number is no date.
 [[nodiscard]] std::optional<Date> parseDate(QStringView text);

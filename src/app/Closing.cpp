@@ -15,7 +15,7 @@ namespace {
 /// The column's text is stored as shown, with thousands points.
 QString shown(const QString& number)
 {
-    return vb::Format(vb::CDbl(number), u"##,#0.00");
+    return vb::Format(vb::CDec(number), u"##,#0.00");
 }
 
 void deductFromStock(ado::Connection& connection, double stockCode, const QString& litres)

@@ -16,7 +16,8 @@ void append(std::string& utf8, QByteArrayView bytes)
 {
     const std::size_t start = utf8.size();
     utf8.append(bytes.data(), static_cast<std::size_t>(bytes.size()));
-    std::replace(utf8.begin() + static_cast<std::ptrdiff_t>(start), utf8.end(), platform::CellSeparator, ' ');
+    if (utf8.find(platform::CellSeparator, start) != std::string::npos)
+        std::replace(utf8.begin() + static_cast<std::ptrdiff_t>(start), utf8.end(), platform::CellSeparator, ' ');
 }
 
 } // namespace

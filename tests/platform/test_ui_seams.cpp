@@ -8,6 +8,7 @@
 #include "platform/ui/KeyFilter.h"
 #include "platform/ui/PlainText.h"
 #include "platform/ui/RealSeams.h"
+#include "platform/ui/TextLabel.h"
 #include "platform/ui/WaitCursor.h"
 #include "platform/ui/WindowPlacement.h"
 #include "platform/vb/Error.h"
@@ -396,7 +397,19 @@ private Q_SLOTS:
         QTextDocument shown;
         shown.setHtml(platform::toolTipOf(stored));
         QCOMPARE(shown.toPlainText(), stored);
-        QVERIFY(platform::toolTipOf(QString(100'000'000, u'<')).size() < 10'000);
+        // Megabytes cost no more than a screenful, and no text widens its window.
+        const QString megabytes(50'000'000, u'<');
+        QVERIFY(platform::toolTipOf(megabytes).size() < 10'000);
+        for (const bool wraps : {false, true}) {
+            platform::TextLabel text;
+            text.setTextFormat(Qt::PlainText);
+            text.setWordWrap(wraps);
+            text.setText(megabytes);
+            text.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&text));
+            QVERIFY(text.sizeHint().width() < 600 && text.minimumSizeHint().width() == 0);
+            QVERIFY(!text.grab().isNull());
+        }
     }
 
     void filteredBox()

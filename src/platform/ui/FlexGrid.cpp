@@ -176,6 +176,13 @@ void FlexGrid::AddItem(const QStringList& cells)
     AddItem(QByteArrayView(row));
 }
 
+void FlexGrid::AddItem(const QString& tabSeparatedCells)
+{
+    QByteArray row = tabSeparatedCells.toUtf8();
+    row.replace('\t', CellSeparator);
+    AddItem(QByteArrayView(row));
+}
+
 void FlexGrid::AddItem(QByteArrayView cells)
 {
     m_model->addRow(cells);

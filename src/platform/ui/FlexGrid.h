@@ -45,7 +45,7 @@ public:
     /// Appends a row; missing cells are empty, surplus ones dropped. A cell may hold tabs and line breaks.
     void AddItem(const QStringList& cells);
     /// Cells of texts that hold no tab themselves, with tabs between them.
-    void AddItem(const QString& tabSeparatedCells) { AddItem(tabSeparatedCells.split(u'\t')); }
+    void AddItem(const QString& tabSeparatedCells);
     /// UTF-8 cells with a CellSeparator between them.
     void AddItem(QByteArrayView cells);
     void RemoveItem(int row);

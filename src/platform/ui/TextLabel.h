@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Shows a text of the database in one line. A long one ends in an ellipsis and asks for no more room than some forty
-/// letters, so that it never widens its window; the whole text is in the tool tip.
+/// Shows a text of the database, in one line or wrapped. A long one ends in an ellipsis and asks for no more room than
+/// some forty letters, so that it never widens its window, and one of megabytes costs no more than a screenful.
 class TextLabel : public QLabel
 {
     Q_OBJECT
@@ -15,6 +15,7 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
+    [[nodiscard]] int heightForWidth(int width) const override;
 
 protected:
     bool event(QEvent* event) override;

@@ -80,7 +80,8 @@ int main(int argc, char* argv[])
         return 2;
     }
     const QString stationFolder = QDir(parser.value(station)).absolutePath();
-    QDir::setCurrent(folder);
+    // The print dialog takes a file's name alone as one in the home folder.
+    qputenv("HOME", QFile::encodeName(folder));
     for (const QString& old : QDir(folder).entryList({QStringLiteral("*.png"), QStringLiteral("*.pdf")}, QDir::Files))
         QFile::remove(QDir(folder).filePath(old));
 

@@ -21,6 +21,11 @@ else()
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wconversion
     $<$<BOOL:${PLANILHA_WARNINGS_ARE_ERRORS}>:-Werror>)
 endif()
+# Doubles are rounded at each step, as everywhere else: the older unit of 32-bit processors keeps more digits between them, and
+# a sum would end otherwise there.
+if(MINGW AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86")
+  target_compile_options(plain_flags INTERFACE -msse2 -mfpmath=sse)
+endif()
 # Foreign files are read here: an overrun ends the program instead of going on with what it wrote. tests/hardening reads
 # the finished binaries for it.
 if(UNIX AND NOT APPLE)

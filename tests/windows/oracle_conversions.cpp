@@ -11,8 +11,9 @@
 #include <cstdio>
 #include <random>
 
-#include <oleauto.h>
 #include <qt_windows.h>
+
+#include <oleauto.h>
 
 namespace {
 
@@ -124,8 +125,12 @@ QString exact(double value)
     return QString::number(value, 'g', 17);
 }
 
-QString taken(HRESULT result, BSTR text)
+/// The text that the library's function makes, given back to it.
+template <typename Function>
+QString made(Function function)
 {
+    BSTR text = nullptr;
+    const HRESULT result = function(&text);
     if (FAILED(result))
         return errorName(result);
     const QString copy = QString::fromWCharArray(text, static_cast<qsizetype>(SysStringLen(text)));
@@ -185,26 +190,23 @@ void compareText(Comparison& comparison, const QString& text)
 void compareFormat(Comparison& comparison, const char* kind, VARIANT& value, const vb::Variant& mine,
                    const QString& pattern)
 {
-    BSTR text = nullptr;
-    const HRESULT result = VarFormat(&value, wide(pattern), 0, 0, 0, &text);
-    comparison.compare(kind, mine.textOrEmpty() + u'|' + pattern, vb::Format(mine, pattern), taken(result, text));
+    comparison.compare(kind, mine.textOrEmpty() + u'|' + pattern, vb::Format(mine, pattern),
+                       made([&](BSTR* text) { return VarFormat(&value, wide(pattern), 0, 0, 0, text); }));
 }
 
 void compareValue(Comparison& comparison, double number)
 {
-    BSTR text = nullptr;
     comparison.compare("CStr of a number", exact(number), vb::CStr(number),
-                       taken(VarBstrFromR8(number, Brazil, 0, &text), text));
+                       made([&](BSTR* text) { return VarBstrFromR8(number, Brazil, 0, text); }));
     CY money{};
     HRESULT result = VarCyFromR8(number, &money);
     comparison.compare("CCur of a number", exact(number),
                        own([&] { return QString::number(vb::CCur(number).scaled()); }),
                        SUCCEEDED(result) ? QString::number(money.int64) : errorName(result));
     if (SUCCEEDED(result)) {
-        text = nullptr;
-        const QString theirs = taken(VarBstrFromCy(money, Brazil, 0, &text), text);
         comparison.compare("CStr of a currency", QString::number(money.int64),
-                           vb::CStr(vb::Currency::fromScaled(money.int64)), theirs);
+                           vb::CStr(vb::Currency::fromScaled(money.int64)),
+                           made([&](BSTR* text) { return VarBstrFromCy(money, Brazil, 0, text); }));
     }
     LONG whole = 0;
     result = VarI4FromR8(number, &whole);
@@ -219,9 +221,8 @@ void compareValue(Comparison& comparison, double number)
 
 void compareDate(Comparison& comparison, double serial)
 {
-    BSTR text = nullptr;
     comparison.compare("CStr of a date", exact(serial), vb::CStr(vb::Date{serial}),
-                       taken(VarBstrFromDate(serial, Brazil, 0, &text), text));
+                       made([&](BSTR* text) { return VarBstrFromDate(serial, Brazil, 0, text); }));
     VARIANT value{};
     value.vt = VT_DATE;
     value.date = serial;

@@ -114,19 +114,20 @@ QString ownRead(const QString& section, const QString& key, const QString& file)
     return platform::GetPrivateProfileString(section, key, QStringLiteral("(nada)"), BufferSize, file);
 }
 
-/// What is left when both texts are read as settings alone: lines with trimmed parts, no blank lines, one line end.
+/// What is left when a text is read as settings alone: lines with trimmed parts, no blank lines, one line end.
 QByteArray settingsOf(const QByteArray& bytes)
 {
     QByteArray result;
     for (const QByteArray& line : bytes.split('\n')) {
         const QByteArray trimmed = line.trimmed();
+        const qsizetype close = trimmed.startsWith('[') ? trimmed.indexOf(']') : -1;
+        const qsizetype equals = close >= 0 || trimmed.startsWith(';') ? -1 : trimmed.indexOf('=');
         if (trimmed.isEmpty())
             continue;
-        const qsizetype equals = trimmed.startsWith('[') || trimmed.startsWith(';') ? -1 : trimmed.indexOf('=');
-        if (trimmed.startsWith('[') && trimmed.contains(']'))
-            result += trimmed.first(trimmed.indexOf(']') + 1);
+        if (close >= 0)
+            result += '[' + trimmed.sliced(1, close - 1).trimmed() + ']';
         else if (equals >= 0)
-            result += trimmed.first(equals).trimmed() + '=' + trimmed.mid(equals + 1).trimmed();
+            result += trimmed.first(equals).trimmed() + '=' + trimmed.sliced(equals + 1).trimmed();
         else
             result += trimmed;
         result += '\n';
@@ -176,18 +177,16 @@ int main(int count, char** values)
         store(own, before);
         store(system, before);
         const auto compareReads = [&](const char* kind, const QByteArray& context) {
-            for (const char* section : Names) {
-                for (const char* key : Names) {
-                    const QString sectionText = QString::fromLatin1(section);
-                    const QString keyText = QString::fromLatin1(key);
-                    const QString mine = ownRead(sectionText, keyText, own);
-                    const QString theirs = systemRead(sectionText, keyText, system);
-                    ++reads;
-                    if (mine != theirs) {
-                        differences.add(kind, "  [" + QByteArray(section) + "] " + key + " of \"" + visible(context) +
-                                                  "\"\n  own \"" + visible(mine.toUtf8()) + "\", system \"" +
-                                                  visible(theirs.toUtf8()) + '"');
-                    }
+            for (int i = 0; i < 20; ++i) {
+                const QString section = QString::fromLatin1(pick(random, Names));
+                const QString key = QString::fromLatin1(pick(random, Names));
+                const QString mine = ownRead(section, key, own);
+                const QString theirs = systemRead(section, key, system);
+                ++reads;
+                if (mine != theirs) {
+                    differences.add(kind, "  [" + section.toLatin1() + "] " + key.toLatin1() + " of \"" +
+                                              visible(context) + "\"\n  own \"" + visible(mine.toUtf8()) +
+                                              "\", system \"" + visible(theirs.toUtf8()) + '"');
                 }
             }
         };

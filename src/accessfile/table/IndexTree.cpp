@@ -279,15 +279,48 @@ void IndexTree::erase(ByteView key, RowId row)
         view.entry(index, found);
     if (found.empty() || compareEntries(found, entry) != 0)
         throwDamaged("índice sem o registro que deveria ter");
-    if (view.size() > 1 && view.erase(m_space.pager.modify(number), index))
+    // The last entry of a leaf is a bound in the nodes above; behind the last leaf there is none.
+    const bool isBound = index + 1 == view.size() && view.next() != 0;
+    if (view.size() > 1 && !isBound && view.erase(m_space.pager.modify(number), index))
         return;
     std::vector<Step> path = descend(entry);
     Step& leaf = path.back();
     leaf.page.entries.erase(leaf.index);
-    if (!leaf.page.entries.empty() || path.size() == 1)
-        save(leaf.number, leaf.page);
-    else
-        removeLeaf(path);
+    if (leaf.page.entries.empty() && path.size() > 1)
+        return removeLeaf(path);
+    save(leaf.number, leaf.page);
+    if (isBound)
+        lowerBound(path, path.size() - 1, leaf.page.entries[leaf.page.entries.size() - 1]);
+}
+
+void IndexTree::eraseRow(RowId row)
+{
+    for (IndexPosition position = find({});; position.advance()) {
+        const auto entry = position.entry();
+        if (!entry)
+            throwDamaged("índice sem o registro que deveria ter");
+        if (rowOf(*entry) == row)
+            return erase(copyOf(keyOf(*entry)), row);
+    }
+}
+
+/// The child at `depth` of the path ends lower now: the nearest node that has an entry for it says so. Access would
+/// take the higher bound as well, but other readers compare the two.
+void IndexTree::lowerBound(std::vector<Step>& path, std::size_t depth, ByteView bound)
+{
+    while (depth-- > 0) {
+        Step& parent = path[depth];
+        EntryList& bounds = parent.page.entries;
+        if (parent.index >= bounds.size())
+            continue;
+        const PageNumber child = parent.page.child(parent.index);
+        bounds.erase(parent.index);
+        bounds.insert(parent.index, nodeEntry(bound, child));
+        // A node that has no room for it keeps the higher bound.
+        if (parent.page.fits())
+            save(parent.number, parent.page);
+        return;
+    }
 }
 
 void IndexTree::removeLeaf(std::vector<Step>& path)
@@ -314,15 +347,19 @@ void IndexTree::removeLeaf(std::vector<Step>& path)
         save(next, page);
     }
     EntryList& bounds = parent.page.entries;
+    std::optional<Bytes> lowered;
     if (parent.index < bounds.size()) {
         bounds.erase(parent.index);
     } else {
+        lowered = copyOf(parent.page.leafPart(bounds.size() - 1));
         parent.page.tail = parent.page.child(bounds.size() - 1);
         bounds.erase(bounds.size() - 1);
     }
     dropPage(leaf.number);
     if (!bounds.empty()) {
         save(parent.number, parent.page);
+        if (lowered)
+            lowerBound(path, path.size() - 2, *lowered);
         return;
     }
     // The root was left with one leaf: it becomes that leaf.

@@ -49,6 +49,8 @@ public:
     bool insert(ByteView key, RowId row);
     /// Raises Damaged when the entry is missing.
     void erase(ByteView key, RowId row);
+    /// The same for a row whose key cannot be computed; looks through the whole index.
+    void eraseRow(RowId row);
     /// Replaces all entries; they need not be sorted.
     void rebuild(std::vector<Bytes> entries);
 
@@ -75,6 +77,7 @@ private:
     void splitUp(std::vector<Step>& path);
     void linkChildren(const IndexPage& parent);
     void removeLeaf(std::vector<Step>& path);
+    void lowerBound(std::vector<Step>& path, std::size_t depth, ByteView bound);
     [[nodiscard]] std::vector<Bytes> collect() const;
 
     TableSpace& m_space;

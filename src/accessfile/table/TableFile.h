@@ -72,8 +72,15 @@ public:
 private:
     void describe();
     [[nodiscard]] std::string refusal() const;
-    /// Keys of a row, one for each physical index; none where the index leaves the row out.
-    [[nodiscard]] std::vector<std::optional<IndexKey>> keysOf(const std::function<Value(std::size_t)>& valueOf) const;
+    /// Key of a row in a physical index; none where the index leaves the row out.
+    [[nodiscard]] std::optional<IndexKey> rowKey(std::size_t index,
+                                                 const std::function<Value(std::size_t)>& valueOf) const;
+    struct StoredKey
+    {
+        std::optional<IndexKey> key;
+        bool computable = true; ///< False for a text outside the order, which Access has entered all the same.
+    };
+    [[nodiscard]] StoredKey storedKey(std::size_t index, const RowReader& reader) const;
     void checkUnique(const std::vector<std::optional<IndexKey>>& keys, std::optional<RowId> except) const;
     void checkValue(std::size_t column, const Value& value) const;
     void encodeInto(std::size_t index, const Value& value, std::optional<Bytes>& cell,
@@ -91,7 +98,7 @@ private:
     void removeTarget(RowId place);
     void markRoom(PageNumber page);
     void indexInsert(std::size_t index, const IndexKey& key, RowId row);
-    void indexErase(std::size_t index, const IndexKey& key, RowId row);
+    void indexErase(std::size_t index, const StoredKey& stored, RowId row);
 
     TableSpace& m_space;
     PageNumber m_page;

@@ -19,19 +19,26 @@ void addToCounter(Pager& pager, PageNumber page, std::size_t at, std::int32_t ch
 
 } // namespace
 
-std::vector<std::optional<IndexKey>> TableFile::keysOf(const std::function<Value(std::size_t)>& valueOf) const
+std::optional<IndexKey> TableFile::rowKey(std::size_t index, const std::function<Value(std::size_t)>& valueOf) const
 {
-    std::vector<std::optional<IndexKey>> keys;
-    for (const PhysicalIndex& index : m_definition.physical) {
-        IndexKey key = makeKey(m_definition, index, valueOf);
-        if (index.required && key.anyNull)
-            throw Error(ErrorKind::NullNotAllowed, "A chave primária ou o índice não pode conter um valor Nulo.");
-        if (index.skipNulls && key.allNull)
-            keys.emplace_back();
-        else
-            keys.emplace_back(std::move(key));
+    const PhysicalIndex& physical = m_definition.physical[index];
+    IndexKey key = makeKey(m_definition, physical, valueOf);
+    if (physical.required && key.anyNull)
+        throw Error(ErrorKind::NullNotAllowed, "A chave primária ou o índice não pode conter um valor Nulo.");
+    if (physical.skipNulls && key.allNull)
+        return std::nullopt;
+    return key;
+}
+
+TableFile::StoredKey TableFile::storedKey(std::size_t index, const RowReader& reader) const
+{
+    try {
+        return {rowKey(index, [&](std::size_t i) { return reader.value(static_cast<int>(i)); }), true};
+    } catch (const Error& error) {
+        if (error.kind() == ErrorKind::Damaged || error.kind() == ErrorKind::IoError)
+            throw;
+        return {std::nullopt, false};
     }
-    return keys;
 }
 
 void TableFile::checkUnique(const std::vector<std::optional<IndexKey>>& keys, std::optional<RowId> except) const
@@ -72,9 +79,13 @@ void TableFile::indexInsert(std::size_t index, const IndexKey& key, RowId row)
     }
 }
 
-void TableFile::indexErase(std::size_t index, const IndexKey& key, RowId row)
+void TableFile::indexErase(std::size_t index, const StoredKey& stored, RowId row)
 {
-    IndexTree(m_space, m_page, m_definition.physical[index]).erase(key.bytes, row);
+    IndexTree tree(m_space, m_page, m_definition.physical[index]);
+    if (stored.key)
+        tree.erase(stored.key->bytes, row);
+    else if (!stored.computable)
+        tree.eraseRow(row);
 }
 
 RowId TableFile::placeRow(ByteView row, bool asTarget)
@@ -166,7 +177,9 @@ RowId TableFile::insert(std::span<const std::optional<Value>> values)
         encodeInto(i, value, cells[i], prepared[i]);
     }
     static_cast<void>(encodeRow(m_definition, cells));
-    const auto keys = keysOf([&](std::size_t i) { return row[i]; });
+    std::vector<std::optional<IndexKey>> keys;
+    for (std::size_t i = 0; i < m_definition.physical.size(); ++i)
+        keys.push_back(rowKey(i, [&](std::size_t column) { return row[column]; }));
     checkUnique(keys, std::nullopt);
 
     ChangeGuard change(m_space);
@@ -248,9 +261,23 @@ void TableFile::update(RowId row, std::span<const std::pair<int, Value>> changes
             oldLong[i].emplace(stored->begin(), stored->end());
     }
     static_cast<void>(encodeRow(m_definition, cells));
-    const auto oldKeys = keysOf([&](std::size_t i) { return reader.value(static_cast<int>(i)); });
-    const auto newKeys =
-        keysOf([&](std::size_t i) { return changed[i] != nullptr ? *changed[i] : reader.value(static_cast<int>(i)); });
+    // An index none of whose columns changes keeps its entry, even one that could not be made here.
+    std::vector<std::optional<StoredKey>> oldKeys;
+    std::vector<std::optional<IndexKey>> newKeys;
+    for (std::size_t i = 0; i < m_definition.physical.size(); ++i) {
+        const std::vector<KeyColumn>& parts = m_definition.physical[i].columns;
+        const bool touched = std::any_of(parts.begin(), parts.end(), [&](const KeyColumn& part) {
+            return changed[static_cast<std::size_t>(m_definition.columnById(part.id))] != nullptr;
+        });
+        oldKeys.push_back(touched ? std::optional(storedKey(i, reader)) : std::nullopt);
+        newKeys.push_back(touched ? rowKey(i,
+                                           [&](std::size_t column) {
+                                               return changed[column] != nullptr
+                                                          ? *changed[column]
+                                                          : reader.value(static_cast<int>(column));
+                                           })
+                                  : std::nullopt);
+    }
     checkUnique(newKeys, row);
 
     ChangeGuard change(m_space);
@@ -263,12 +290,13 @@ void TableFile::update(RowId row, std::span<const std::pair<int, Value>> changes
     }
     storeRow(row, reader.place(), encodeRow(m_definition, cells));
     for (std::size_t i = 0; i < newKeys.size(); ++i) {
-        const bool same =
-            oldKeys[i].has_value() == newKeys[i].has_value() && (!oldKeys[i] || oldKeys[i]->bytes == newKeys[i]->bytes);
-        if (same)
+        if (!oldKeys[i])
             continue;
-        if (oldKeys[i])
-            indexErase(i, *oldKeys[i], row);
+        const std::optional<IndexKey>& old = oldKeys[i]->key;
+        if (oldKeys[i]->computable && old.has_value() == newKeys[i].has_value() &&
+            (!old || old->bytes == newKeys[i]->bytes))
+            continue;
+        indexErase(i, *oldKeys[i], row);
         if (newKeys[i])
             indexInsert(i, *newKeys[i], row);
     }
@@ -310,7 +338,9 @@ void TableFile::erase(RowId row)
 {
     checkWritable();
     const RowReader reader = openRow(row);
-    const auto keys = keysOf([&](std::size_t i) { return reader.value(static_cast<int>(i)); });
+    std::vector<StoredKey> keys;
+    for (std::size_t i = 0; i < m_definition.physical.size(); ++i)
+        keys.push_back(storedKey(i, reader));
 
     ChangeGuard change(m_space);
     change.start();
@@ -324,10 +354,8 @@ void TableFile::erase(RowId row)
         removeTarget(reader.place());
     datapage::erase(m_space.pager.modify(row.page), row.slot);
     markRoom(row.page);
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (keys[i])
-            indexErase(i, *keys[i], row);
-    }
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        indexErase(i, keys[i], row);
     addToCounter(m_space.pager, m_page, definition::rowCountAt, -1);
     change.finish();
 }

@@ -96,6 +96,11 @@ InputQueue::InputQueue(QApplication& application)
     m_later.setSingleShot(true);
     connect(&m_later, &QTimer::timeout, this, &InputQueue::schedule);
     connect(&application, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
+        if (window) {
+            m_focusOrder.removeAll(window);
+            m_focusOrder.removeAll(nullptr);
+            m_focusOrder.append(window);
+        }
         m_handover->focusCame(window);
         schedule();
     });
@@ -307,11 +312,17 @@ void InputQueue::windowGone(QObject* window)
     schedule();
 }
 
+/// The window that had the focus before gets it back, as from every desktop.
 void InputQueue::leavesScreen(QWindow& window)
 {
-    QWindow* const next = window.transientParent();
-    if (QGuiApplication::focusWindow() == &window && next && next->isVisible())
-        m_handover->handOver(*next);
+    if (QGuiApplication::focusWindow() != &window)
+        return;
+    for (auto before = m_focusOrder.crbegin(); before != m_focusOrder.crend(); ++before) {
+        if (*before && *before != &window && (*before)->isVisible()) {
+            m_handover->handOver(**before);
+            return;
+        }
+    }
 }
 
 /// Releases and moves that wait hold nothing up.

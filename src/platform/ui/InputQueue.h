@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <QEvent>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -130,7 +131,8 @@ private:
     HeldKeys m_held;
     QPointer<QWidget> m_comingUp; ///< Shown by the program and not active yet.
     QElapsedTimer m_sinceShown;
-    QPointer<QWindow> m_mouseWindow; ///< That got the last press.
+    QPointer<QWindow> m_mouseWindow;       ///< That got the last press.
+    QList<QPointer<QWindow>> m_focusOrder; ///< Windows that have had the focus, the latest one last.
     QTimer m_later;
     std::unique_ptr<KeyHandover> m_handover;
 };

@@ -90,8 +90,8 @@ private:
     /// Keys that come meanwhile are sent round as well: they must stay behind these.
     void sendKept()
     {
-        if (m_kept.empty() || !m_focus)
-            return;
+        if (m_kept.empty() || !m_focus || !m_focus->isVisible())
+            return; // A window that is closing would swallow them.
         for (Key& key : m_kept) {
             key.event = static_cast<xcb_window_t>(m_focus->winId());
             xcb_send_event(m_connection, 0, key.event, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&key));

@@ -165,7 +165,7 @@ public:
     /// Copies the file as it is now to a new one, whole or not at all; an existing file is an error.
     virtual void backup(const std::filesystem::path& to) = 0;
     /// What the operator should know about sharing the file from where it lies, as sentences.
-    [[nodiscard]] virtual std::vector<std::string> warnings() const = 0;
+    [[nodiscard]] virtual std::vector<std::string> warnings() = 0;
 };
 
 /// Sort key of a text in the file format's General order; equal keys mean equal texts (case and trailing blanks

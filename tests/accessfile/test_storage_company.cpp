@@ -374,6 +374,8 @@ void TestStorageCompany::replacedFile()
     const auto storage = openStorage(files, stationFile, {});
     transfer(*storage, 0, 1);
     files.setContent(stationFile, station());
+    for (int i = 0; i < 10; ++i)
+        files.pause({});
     QCOMPARE(values(*storage)[0], 100);
     files.setContent(stationFile, station());
     transfer(*storage, 2, 3);
@@ -383,6 +385,8 @@ void TestStorageCompany::replacedFile()
         MemoryStation protectedFile({.password = "outra"});
         return protectedFile.bytes();
     }());
+    for (int i = 0; i < 10; ++i)
+        files.pause({});
     QCOMPARE(errorOf([&] { static_cast<void>(values(*storage)); }), ErrorKind::WrongPassword);
 }
 

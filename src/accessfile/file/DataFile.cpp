@@ -6,6 +6,10 @@
 
 namespace accessfile {
 
+namespace {
+constexpr std::chrono::milliseconds nameLook{100};
+}
+
 DataFile::DataFile(FileSystem& files, const std::filesystem::path& file, Company company, const Waiting& waiting)
     : m_files(files)
     , m_name(files.resolved(file))
@@ -13,6 +17,7 @@ DataFile::DataFile(FileSystem& files, const std::filesystem::path& file, Company
     , m_waiting(waiting)
     , m_lockFile(files, m_name)
     , m_reader(files.openToRead(m_name))
+    , m_identity(m_reader->identity())
 {}
 
 DataFile::~DataFile()
@@ -47,12 +52,19 @@ void DataFile::setSlot(std::size_t number, std::uint16_t value)
 
 bool DataFile::replaced()
 {
-    return m_company == Company::Shared && m_files.identityOf(m_name) != m_reader->identity();
+    if (m_company == Company::Alone)
+        return false;
+    const std::chrono::milliseconds now = m_files.now();
+    if (m_nameSeen && now - *m_nameSeen < nameLook)
+        return false;
+    m_nameSeen = now;
+    return m_files.identityOf(m_name) != m_identity;
 }
 
 void DataFile::reopen()
 {
     m_reader = m_files.openToRead(m_name);
+    m_identity = m_reader->identity();
     ++m_openings;
 }
 
@@ -92,7 +104,7 @@ bool DataFile::openWriter()
         return false;
     if (m_company == Company::Alone)
         return true;
-    if (m_writer->identity() != m_reader->identity())
+    if (m_writer->identity() != m_identity)
         reopen();
     return m_writer->tryLock(lockrange::wholeFile);
 }

@@ -36,6 +36,7 @@ public:
     void setSlot(std::size_t number, std::uint16_t value);
 
     /// True when the name belongs to another file now: compacted, or put back from a backup.
+    /// Looked at every tenth of a second at most; a turn always looks.
     [[nodiscard]] bool replaced();
     /// Opens the file that has the name now.
     void reopen();
@@ -69,6 +70,8 @@ private:
     LockFile m_lockFile;
     std::unique_ptr<FileDevice> m_reader;
     std::unique_ptr<FileDevice> m_writer;
+    FileIdentity m_identity;                             ///< Of the reader.
+    std::optional<std::chrono::milliseconds> m_nameSeen; ///< When the name was last looked at.
     unsigned m_openings = 1;
 };
 

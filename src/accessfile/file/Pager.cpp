@@ -1,5 +1,6 @@
 #include "accessfile/file/Pager.h"
 
+#include "accessfile/Error.h"
 #include "accessfile/file/FileErrors.h"
 #include "accessfile/file/Header.h"
 

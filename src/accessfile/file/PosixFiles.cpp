@@ -1,5 +1,6 @@
 #ifndef _WIN32
 
+#include "accessfile/Error.h"
 #include "accessfile/file/FileDevice.h"
 #include "accessfile/file/FileErrors.h"
 

@@ -1,5 +1,6 @@
 #ifdef _WIN32
 
+#include "accessfile/Error.h"
 #include "accessfile/file/FileDevice.h"
 #include "accessfile/file/FileErrors.h"
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 
 namespace accessfile {
 
@@ -269,6 +270,7 @@ void StorageFile::beginStatement()
 {
     if (m_space.pager.inUnit())
         throw Error(ErrorKind::IoError, "Já há um comando em andamento no arquivo.");
+    judgeLocation();
     m_space.pager.begin();
     m_space.halfway = false;
     m_definitionsChanged = false;
@@ -326,8 +328,21 @@ void StorageFile::rollbackStatement() noexcept
     }
 }
 
-std::vector<std::string> StorageFile::warnings() const
+void StorageFile::judgeLocation()
 {
+    if (!m_locate)
+        return;
+    Location location = std::exchange(m_locate, nullptr)();
+    if (!location.refusal.empty())
+        m_space.pager.forbidWriting("O arquivo só pode ser lido: " + location.refusal);
+    m_warnings = std::move(location.warnings);
+    if (!location.refusal.empty())
+        m_warnings.push_back(std::move(location.refusal));
+}
+
+std::vector<std::string> StorageFile::warnings()
+{
+    judgeLocation();
     std::vector<std::string> all = m_warnings;
     if (const std::string& reason = m_space.pager.suspicion(); !reason.empty())
         all.push_back(reason);
@@ -359,10 +374,7 @@ std::unique_ptr<StorageFile> openStorage(FileSystem& files, const std::filesyste
 std::unique_ptr<Storage> Storage::open(const std::filesystem::path& file, const OpenOptions& options)
 {
     auto storage = openStorage(nativeFileSystem(), file, options);
-    Location location = locationOf(storage->space().pager.file().name());
-    if (!location.refusal.empty())
-        storage->space().pager.forbidWriting("O arquivo só pode ser lido: " + location.refusal);
-    storage->setWarnings(std::move(location.warnings));
+    storage->setLocator([file = storage->space().pager.file().name()] { return locationOf(file); });
     return storage;
 }
 

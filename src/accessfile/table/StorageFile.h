@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accessfile/file/Location.h"
 #include "accessfile/table/TableFile.h"
 
 #include <map>
@@ -46,8 +47,9 @@ public:
     void setDefaultEvaluator(DefaultEvaluator evaluator) override;
     [[nodiscard]] SelfCheck verify() override; // check/Verify.cpp
     void backup(const std::filesystem::path& to) override;
-    [[nodiscard]] std::vector<std::string> warnings() const override;
-    void setWarnings(std::vector<std::string> warnings) { m_warnings = std::move(warnings); }
+    [[nodiscard]] std::vector<std::string> warnings() override;
+    /// How the place of the file is judged, once, before the first change or when somebody asks.
+    void setLocator(std::function<Location()> locate) { m_locate = std::move(locate); }
 
     /// Number of the definition page of a table, system tables included; 0 when there is none.
     [[nodiscard]] TableFile* tableFile(std::string_view name);
@@ -67,6 +69,7 @@ private:
     void addRights(std::int32_t object);
     [[nodiscard]] Bytes ownerOf(std::int32_t object);
     void follow();
+    void judgeLocation();
     void readCatalog();
     void checkCut(PageNumber missing);
     /// Waits after a run that another program spoilt.
@@ -77,6 +80,7 @@ private:
     std::string m_password;
     TableFile m_catalog;
     std::uint64_t m_generation = 0; ///< Of the pages that catalog and definitions were read from.
+    std::function<Location()> m_locate;
     std::vector<std::string> m_warnings;
     bool m_reading = false;
     std::vector<CatalogEntry> m_entries;

@@ -58,6 +58,7 @@ class RowSink
 {
 public:
     virtual ~RowSink() = default;
+    /// Comes first, and again when the rows so far are void.
     virtual void columns(const std::vector<ResultColumn>& columns) = 0;
     virtual void cell(const Value& value) = 0;
     /// Cells of text columns come here, without a Value in between.
@@ -74,7 +75,8 @@ public:
     Database(std::unique_ptr<Storage> storage, const RegionalConversions& regional);
     ~Database();
 
-    /// Runs a SELECT into the sink.
+    /// Runs a SELECT into the sink. It may run again where another program changed the file meanwhile: each call of
+    /// RowSink::columns begins the result anew.
     void select(std::string_view statement, RowSink& sink);
     /// Runs any other statement as one unit, whole or not at all; returns the number of rows concerned.
     std::size_t execute(std::string_view statement);
@@ -83,7 +85,10 @@ public:
     [[nodiscard]] std::string tableOf(std::string_view select);
     /// Adds or changes one row with the assignment conversions of INSERT and UPDATE; one unit, whole or not at all.
     void addRow(std::string_view table, const std::vector<std::pair<std::string, Value>>& values);
-    void updateRow(std::string_view table, RowId row, const std::vector<std::pair<std::string, Value>>& changes);
+    /// `unchanged` tells, in the state that the change is made in, whether the row is still the one that the caller
+    /// read; where it is not, nothing is written and Conflict is raised.
+    void updateRow(std::string_view table, RowId row, const std::vector<std::pair<std::string, Value>>& changes,
+                   const std::function<bool()>& unchanged = {});
 
     [[nodiscard]] Storage& storage() { return *m_storage; }
 

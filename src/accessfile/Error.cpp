@@ -11,6 +11,8 @@ int Error::number() const noexcept
         return -1811;
     case ErrorKind::Locked:
         return -1024;
+    case ErrorKind::Conflict:
+        return 3197;
     case ErrorKind::NotADatabase:
         return -1206;
     case ErrorKind::WrongPassword:

@@ -9,7 +9,8 @@ namespace accessfile {
 /// words of the Access driver, that of a file in Portuguese.
 enum class ErrorKind {
     CannotOpen,   ///< Missing file, no permission, I/O error.
-    Locked,       ///< Another process has the file.
+    Locked,       ///< Another program has the file and does not leave it in time.
+    Conflict,     ///< Another program changed what the caller had read; nothing was written.
     NotADatabase, ///< Not a file of this format, or a generation that is not served.
     WrongPassword,
     Damaged,  ///< Structure that cannot be followed safely.

@@ -2,6 +2,7 @@
 
 #include "accessfile/Value.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -94,6 +95,11 @@ struct OpenOptions
     std::string password;
     bool readOnly = false;
     std::size_t cachePages = 4096;
+    /// How long a statement waits for other programs that have the file; counted anew as long as they are writing, up
+    /// to a minute.
+    std::chrono::milliseconds wait = std::chrono::seconds(10);
+    /// Called with true when such a wait becomes noticeable, and with false at its end.
+    std::function<void(bool)> waiting = {};
 };
 
 /// Evaluates a stored default expression to a value of the column's type; set by the SQL layer.
@@ -106,7 +112,7 @@ struct SelfCheck
     std::vector<std::string> notes;  ///< What Access leaves behind and nothing suffers from: lost space, old counts.
 };
 
-/// An open file. Locked against every other process while it lives; opened read-only where it cannot be written.
+/// An open file, which other programs may have open too; opened read-only where it cannot be written.
 /// A statement is the unit of change: between beginStatement and commitStatement everything is in memory; commit makes
 /// it durable through the rollback journal, all or nothing; rollback forgets it.
 class Storage
@@ -122,8 +128,8 @@ public:
     [[nodiscard]] virtual bool acceptsPassword(std::string_view password) const = 0;
     /// User tables, in catalog order.
     [[nodiscard]] virtual std::vector<std::string> tableNames() const = 0;
-    /// Table by name, case ignored; nullptr when there is none. The pointer stays good until the file closes or the
-    /// table's definition is changed.
+    /// Table by name, case ignored; nullptr when there is none. The pointer stays good until the next statement, which
+    /// may find the table changed by another program.
     [[nodiscard]] virtual Table* table(std::string_view name) = 0;
 
     virtual void createTable(const std::string& name, std::span<const Column> columns,
@@ -135,6 +141,20 @@ public:
     /// Sets, changes or (empty) removes the database password; account ids are masked anew with it.
     virtual void setPassword(std::string_view password) = 0;
 
+    /// Runs `work`, which reads only, so that all it reads is of one state of the file. It runs again when another
+    /// program changed the file meanwhile: what an earlier run gave is void then. Locked when that has no end.
+    virtual void read(const std::function<void()>& work) = 0;
+    /// Runs `work` as a statement and commits it. It may run again, undone before, when another program changed the
+    /// file meanwhile. What reading alone answers (an error, nothing to change) waits for nobody.
+    virtual void change(const std::function<void()>& work) = 0;
+    /// Another number for each state of the file, whoever changed it: what was read at another number may be outdated.
+    [[nodiscard]] virtual std::uint64_t state() const = 0;
+    /// Keeps all others from writing until giveTurnBack, so that several statements follow on each other. Locked when
+    /// somebody else has the file and does not leave it in time. Turns may be taken one within another.
+    virtual void takeTurn() = 0;
+    virtual void giveTurnBack() noexcept = 0;
+
+    // A statement in pieces, for callers that are alone: Conflict at its commit when they are not.
     virtual void beginStatement() = 0;
     virtual void commitStatement() = 0;
     virtual void rollbackStatement() noexcept = 0;
@@ -142,6 +162,10 @@ public:
     virtual void setDefaultEvaluator(DefaultEvaluator evaluator) = 0;
     /// Self-check of the whole file.
     [[nodiscard]] virtual SelfCheck verify() = 0;
+    /// Copies the file as it is now to a new one, whole or not at all; an existing file is an error.
+    virtual void backup(const std::filesystem::path& to) = 0;
+    /// What the operator should know about sharing the file from where it lies, as sentences.
+    [[nodiscard]] virtual std::vector<std::string> warnings() = 0;
 };
 
 /// Sort key of a text in the file format's General order; equal keys mean equal texts (case and trailing blanks

@@ -25,6 +25,9 @@ int Main(const Environment& environment)
             emitente = Module1::carrega_emitente(database.DataConnection());
         }))
         return 1;
+    // The place of a data file may make it unsafe to share: whoever looks after it must know.
+    for (const QString& warning : database.DataConnection().warnings())
+        environment.messages.MsgBox(warning, platform::vbExclamation);
 
     const Services services{database.DataConnection(), database.dialect(), environment.messages, environment.clock,
                             environment.events};

@@ -3,6 +3,7 @@
 
 #include "app/Closing.h"
 #include "data/StationDatabase.h"
+#include "platform/ado/Connection.h"
 #include "platform/ui/InputQueue.h"
 #include "platform/ui/Seams.h"
 #include "platform/vb/Conversion.h"
@@ -68,6 +69,9 @@ bool frmprincipal::closesAgain(const QEvent& event) const
 
 bool frmprincipal::fecha_linhas(QDate day)
 {
+    // On a data file that other programs have open too: all rows in one turn. Where it is not to be had nothing has
+    // been written, and the lines stay.
+    ado::Turn turn(m_services.DataConnection);
     const platform::FlexGrid& flexG = *m_ui->flexG;
     const QString dateTime = m_services.dialect.SqlDateTime(vb::shortDate(day), QString());
     // Only "nao", to the letter, keeps the stock as it is.
@@ -77,6 +81,7 @@ bool frmprincipal::fecha_linhas(QDate day)
         const double product = vb::CDbl(Module1::prod_vinculado(m_services.DataConnection, line.pump));
         if (product == 0) {
             // The rows before this one stay closed, and all rows stay in the grid: closing again writes them again.
+            turn.giveBack();
             m_services.messages.MsgBox(
                 QStringLiteral("Nao foi identificado o codigo do produto do cadastro de Estoque para os produtos "
                                "desta lista\r\n"

@@ -37,6 +37,9 @@ void StationDatabase::openAccess()
 {
     m_accessPath = ReadSetting(QStringLiteral("Geral"), QStringLiteral("Caminho"), m_settingsPath);
     m_name = m_accessPath;
+    // Seconds that a statement waits for another program at the file; without the setting the provider's own.
+    m_dataConnection.setCommandTimeout(
+        ReadSetting(QStringLiteral("Geral"), QStringLiteral("EsperaArquivo"), m_settingsPath).toInt());
     m_dataConnection.Open(QStringLiteral("Driver={Microsoft Access Driver (*.mdb)};Dbq=") + m_accessPath +
                               QStringLiteral(";Uid=Admin;Pwd=8282;"),
                           QString(), QString(), ado::adOptionUnspecified);

@@ -7,6 +7,8 @@ const char* const helpText = R"(Uso: mdbsql ARQUIVO [opções] [-c COMANDO | < r
   -c COMANDO         executa o comando em vez de ler um roteiro da entrada padrão
   --password SENHA   senha do banco de dados
   --create           antes, cria o arquivo em branco (com a senha, se dada)
+  --backup DESTINO   copia o arquivo como está agora, mesmo em uso por outros; DESTINO não pode existir
+  --wait SEGUNDOS    quanto esperar por outro programa que esteja com o arquivo (10)
   --verify           confere o arquivo inteiro e mostra as falhas, e as notas: o que o Access deixa para trás e não faz
                      mal; sem -c não lê roteiro
   --help             mostra esta ajuda
@@ -39,9 +41,11 @@ std::variant<Options, Help, Misuse> readArguments(const std::vector<std::string>
     const QCommandLineOption command(QStringLiteral("c"), {}, QStringLiteral("COMANDO"));
     const QCommandLineOption password(QStringLiteral("password"), {}, QStringLiteral("SENHA"));
     const QCommandLineOption create(QStringLiteral("create"));
+    const QCommandLineOption backup(QStringLiteral("backup"), {}, QStringLiteral("DESTINO"));
+    const QCommandLineOption wait(QStringLiteral("wait"), {}, QStringLiteral("SEGUNDOS"));
     const QCommandLineOption verify(QStringLiteral("verify"));
     QCommandLineParser parser;
-    parser.addOptions({help, command, password, create, verify});
+    parser.addOptions({help, command, password, create, backup, wait, verify});
 
     QStringList arguments{QStringLiteral("mdbsql")};
     for (const std::string& argument : typed)
@@ -62,6 +66,14 @@ std::variant<Options, Help, Misuse> readArguments(const std::vector<std::string>
     options.password = parser.value(password).toStdString();
     if (parser.isSet(command))
         options.command = parser.value(command).toStdString();
+    if (parser.isSet(backup))
+        options.backup = parser.value(backup).toStdU16String();
+    if (parser.isSet(wait)) {
+        bool isNumber = false;
+        options.wait = parser.value(wait).toInt(&isNumber);
+        if (!isNumber || *options.wait < 0)
+            return Misuse{"--wait espera um número de segundos"};
+    }
     options.create = parser.isSet(create);
     options.verify = parser.isSet(verify);
     return options;

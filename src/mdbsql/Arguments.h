@@ -10,8 +10,10 @@
 struct Options
 {
     std::filesystem::path file;
-    std::string password;               ///< UTF-8.
-    std::optional<std::string> command; ///< UTF-8; nullopt: a script is read from the standard input.
+    std::string password;                        ///< UTF-8.
+    std::optional<std::string> command;          ///< UTF-8; nullopt: a script is read from the standard input.
+    std::optional<std::filesystem::path> backup; ///< Where a copy is asked for.
+    std::optional<int> wait;                     ///< Seconds.
     bool create = false;
     bool verify = false;
 };

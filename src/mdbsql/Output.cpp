@@ -82,6 +82,8 @@ void flush(std::ostream& out)
 
 void TextSink::columns(const std::vector<accessfile::ResultColumn>& columns)
 {
+    m_out.str({});
+    m_first = true;
     for (const accessfile::ResultColumn& column : columns)
         textCell(column.name);
     endRow(std::nullopt);

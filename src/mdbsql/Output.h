@@ -3,7 +3,7 @@
 #include "accessfile/Database.h"
 #include "platform/ado/AccessConversions.h"
 
-#include <ostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -26,7 +26,7 @@ void flush(std::ostream& out);
 class TextSink : public accessfile::RowSink
 {
 public:
-    explicit TextSink(std::ostream& out)
+    explicit TextSink(std::ostringstream& out)
         : m_out(out)
     {}
 
@@ -38,7 +38,7 @@ public:
 private:
     void write(std::string_view plain);
 
-    std::ostream& m_out;
+    std::ostringstream& m_out;
     bool m_first = true;
     ado::AccessConversions m_conversions;
 };

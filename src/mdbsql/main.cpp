@@ -34,8 +34,11 @@ bool isSelect(std::string_view statement)
 void run(accessfile::Database& database, const std::string& statement)
 {
     if (isSelect(statement)) {
-        TextSink sink(std::cout);
+        // Shown once they are all there: a run that another program disturbed begins anew.
+        std::ostringstream rows;
+        TextSink sink(rows);
         database.select(statement, sink);
+        std::cout << rows.str();
         // What nobody can read any more must not let the script's later changes happen.
         if (!std::cout)
             throw OutputError();
@@ -79,16 +82,23 @@ int work(const Options& options)
         accessfile::Storage::create(options.file, options.password);
     accessfile::OpenOptions opening;
     opening.password = options.password;
+    if (options.wait)
+        opening.wait = std::chrono::seconds(*options.wait);
     const ado::AccessConversions conversions;
     accessfile::Database database(accessfile::Storage::open(options.file, opening), conversions);
+
+    for (const std::string& warning : database.storage().warnings())
+        std::cerr << "mdbsql: " << printable(warning) << '\n';
 
     bool good = true;
     if (options.command) {
         std::istringstream command(*options.command);
         good = runScript(database, command, "-c");
-    } else if (!options.verify && (!options.create || !isTerminal())) {
+    } else if (!options.verify && !options.backup && (!options.create || !isTerminal())) {
         good = runScript(database, std::cin, "stdin");
     }
+    if (good && options.backup)
+        database.storage().backup(*options.backup);
     if (good && options.verify) {
         const accessfile::SelfCheck check = database.storage().verify();
         for (const std::string& fault : check.faults)

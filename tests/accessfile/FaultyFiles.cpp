@@ -11,10 +11,43 @@ using namespace accessfile;
 class FaultyDevice : public FileDevice
 {
 public:
-    FaultyDevice(FaultyFiles& files, std::shared_ptr<FaultyFiles::File> file)
+    FaultyDevice(FaultyFiles& files, std::shared_ptr<FaultyFiles::File> file, bool writes)
         : m_files(files)
         , m_file(std::move(file))
-    {}
+        , m_writes(writes)
+    {
+        m_file->writers += m_writes ? 1 : 0;
+    }
+    ~FaultyDevice() override
+    {
+        m_file->writers -= m_writes ? 1 : 0;
+        std::erase_if(m_file->locks, [this](const auto& lock) { return lock.first == this; });
+    }
+    FaultyDevice(const FaultyDevice&) = delete;
+    FaultyDevice& operator=(const FaultyDevice&) = delete;
+    bool tryLock(ByteRange range) override
+    {
+        if (lockOfOthers(range))
+            return false;
+        m_file->locks.emplace_back(this, range);
+        return true;
+    }
+    void unlock(ByteRange range) override
+    {
+        // What was not taken cannot be given back: a file server refuses it.
+        if (std::erase(m_file->locks, std::pair<const void*, ByteRange>(this, range)) != 1)
+            throw Error(ErrorKind::IoError, "Não reservado.");
+    }
+    std::optional<ByteRange> lockOfOthers(ByteRange range) override
+    {
+        for (const auto& [owner, held] : m_file->locks) {
+            if (owner != this && held.start < range.start + range.length && range.start < held.start + held.length)
+                return held;
+        }
+        return std::nullopt;
+    }
+    FileIdentity identity() override { return {1, m_file->number}; }
+    bool openForWriting() override { return m_file->writers > 0; }
     std::uint64_t size() override { return m_file->content.size(); }
     void read(std::uint64_t offset, std::span<std::uint8_t> to) override
     {
@@ -49,6 +82,7 @@ private:
     }
     FaultyFiles& m_files;
     std::shared_ptr<FaultyFiles::File> m_file;
+    bool m_writes;
 };
 
 void FaultyFiles::failAfter(std::size_t changes, Fault fault)
@@ -128,24 +162,38 @@ Bytes FaultyFiles::content(const std::filesystem::path& file) const
     return m_files.at(file)->content;
 }
 
+std::shared_ptr<FaultyFiles::File>& FaultyFiles::make(const std::filesystem::path& file)
+{
+    auto& made = m_files[file];
+    made = std::make_shared<File>();
+    made->number = ++m_made;
+    return made;
+}
+
 void FaultyFiles::setContent(const std::filesystem::path& file, Bytes bytes)
 {
-    auto held = std::make_shared<File>();
-    held->content = bytes;
-    held->durable = std::move(bytes);
-    m_files[file] = std::move(held);
+    File& made = *make(file);
+    made.content = bytes;
+    made.durable = std::move(bytes);
 }
 
-std::unique_ptr<FileDevice> FaultyFiles::device(const std::filesystem::path& file)
+std::unique_ptr<FileDevice> FaultyFiles::device(const std::filesystem::path& file, bool writes)
 {
-    return std::make_unique<FaultyDevice>(*this, m_files.at(file));
+    return std::make_unique<FaultyDevice>(*this, m_files.at(file), writes);
 }
 
-OpenedFile FaultyFiles::openLocked(const std::filesystem::path& file, bool readOnly)
+std::unique_ptr<FileDevice> FaultyFiles::openToRead(const std::filesystem::path& file)
 {
     if (!m_files.contains(file))
         throw Error(ErrorKind::CannotOpen, "O arquivo não existe.");
-    return {device(file), readOnly};
+    return device(file, false);
+}
+
+std::unique_ptr<FileDevice> FaultyFiles::openToWrite(const std::filesystem::path& file)
+{
+    if (!m_files.contains(file))
+        throw Error(ErrorKind::CannotOpen, "O arquivo não existe.");
+    return device(file, true);
 }
 
 std::unique_ptr<FileDevice> FaultyFiles::createNew(const std::filesystem::path& file)
@@ -153,21 +201,33 @@ std::unique_ptr<FileDevice> FaultyFiles::createNew(const std::filesystem::path& 
     change(true);
     if (m_files.contains(file))
         throw Error(ErrorKind::Duplicate, "O arquivo já existe.");
-    m_files[file] = std::make_shared<File>();
-    return device(file);
+    make(file);
+    return device(file, true);
 }
 
-std::unique_ptr<FileDevice> FaultyFiles::openJournal(const std::filesystem::path& file)
+std::unique_ptr<FileDevice> FaultyFiles::openBeside(const std::filesystem::path& file, FileDevice&)
 {
-    change(true);
-    if (!m_files.contains(file))
-        m_files[file] = std::make_shared<File>();
-    return device(file);
+    if (!m_files.contains(file)) {
+        change(true);
+        make(file);
+    }
+    return device(file, true);
 }
 
-std::unique_ptr<FileDevice> FaultyFiles::openExisting(const std::filesystem::path& file)
+std::unique_ptr<FileDevice> FaultyFiles::openExisting(const std::filesystem::path& file, FileDevice&)
 {
-    return m_files.contains(file) ? device(file) : nullptr;
+    return m_files.contains(file) ? device(file, false) : nullptr;
+}
+
+std::optional<FileIdentity> FaultyFiles::identityOf(const std::filesystem::path& file)
+{
+    const auto found = m_files.find(file);
+    return found == m_files.end() ? std::nullopt : std::optional(FileIdentity{1, found->second->number});
+}
+
+std::optional<std::filesystem::path> FaultyFiles::findIgnoringCase(const std::filesystem::path& file)
+{
+    return m_files.contains(file) ? std::optional(file) : std::nullopt;
 }
 
 void FaultyFiles::remove(const std::filesystem::path& file)

@@ -44,14 +44,25 @@ public:
     void setContent(const std::filesystem::path& file, accessfile::Bytes bytes);
     [[nodiscard]] std::size_t fileCount() const { return m_files.size(); }
 
-    accessfile::OpenedFile openLocked(const std::filesystem::path& file, bool readOnly) override;
+    std::filesystem::path resolved(const std::filesystem::path& file) override { return file; }
+    std::unique_ptr<accessfile::FileDevice> openToRead(const std::filesystem::path& file) override;
+    std::unique_ptr<accessfile::FileDevice> openToWrite(const std::filesystem::path& file) override;
+    std::unique_ptr<accessfile::FileDevice> openBeside(const std::filesystem::path& file,
+                                                       accessfile::FileDevice& like) override;
+    std::unique_ptr<accessfile::FileDevice> openExisting(const std::filesystem::path& file,
+                                                         accessfile::FileDevice& like) override;
     std::unique_ptr<accessfile::FileDevice> createNew(const std::filesystem::path& file) override;
-    std::unique_ptr<accessfile::FileDevice> openJournal(const std::filesystem::path& file) override;
-    std::unique_ptr<accessfile::FileDevice> openExisting(const std::filesystem::path& file) override;
+    std::optional<accessfile::FileIdentity> identityOf(const std::filesystem::path& file) override;
     bool exists(const std::filesystem::path& file) override { return m_files.contains(file); }
+    std::optional<std::filesystem::path> findIgnoringCase(const std::filesystem::path& file) override;
+    bool fileWritable(const std::filesystem::path&) override { return true; }
     bool folderWritable(const std::filesystem::path&) override { return !m_readOnlyFolder; }
     void remove(const std::filesystem::path& file) override;
     void publish(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    std::string machineName() override { return "CAIXA01"; }
+    /// Goes on by 10 ms with every pause and stands still otherwise.
+    std::chrono::milliseconds now() override { return m_clock; }
+    void pause(std::chrono::milliseconds) override { m_clock += std::chrono::milliseconds(10); }
 
 private:
     friend class FaultyDevice;
@@ -66,12 +77,16 @@ private:
         accessfile::Bytes content;
         accessfile::Bytes durable;
         std::vector<Change> unsynced;
+        std::vector<std::pair<const void*, accessfile::ByteRange>> locks;
+        int writers = 0;
+        std::uint64_t number = 0;
     };
     /// Counts a change; true when it may happen. `grows`: a full disk lets others through.
     void change(bool grows);
     void read();
     static void apply(accessfile::Bytes& to, const Change& change);
-    std::unique_ptr<accessfile::FileDevice> device(const std::filesystem::path& file);
+    std::unique_ptr<accessfile::FileDevice> device(const std::filesystem::path& file, bool writes);
+    std::shared_ptr<File>& make(const std::filesystem::path& file);
 
     std::map<std::filesystem::path, std::shared_ptr<File>> m_files;
     Fault m_fault = Fault::None;
@@ -80,6 +95,8 @@ private:
     std::size_t m_changes = 0;
     bool m_failed = false;
     bool m_readOnlyFolder = false;
+    std::uint64_t m_made = 0;
+    std::chrono::milliseconds m_clock{0};
 };
 
 } // namespace accesstest

@@ -349,7 +349,8 @@ void TestStorageCrash::oneReadFailsWhilePlayingBack()
         const auto error = errorOf([&] { static_cast<void>(opened(files)); });
         failed = files.failed();
         failures += failed ? 1 : 0;
-        QCOMPARE(error.has_value(), failed);
+        // A read that fails at the closing only leaves the void journal there.
+        QVERIFY(failed || !error.has_value());
         files.heal();
         QCOMPARE(contentAfterOpening(files), whole.before);
     }

@@ -101,7 +101,6 @@ private slots:
     void readOnlyFiles();
     void generations_data();
     void generations();
-    void locks();
     void passwords();
     void sharedPieces();
     void encodedFile();
@@ -325,30 +324,6 @@ void TestStorageRefusals::generations()
         QVERIFY2(QString::fromUtf8(error.what()).contains(told), error.what());
     }
     QCOMPARE(files.content(stationFile), content);
-}
-
-void TestStorageRefusals::locks()
-{
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("posto.mdb"));
-    const auto open = [&] { return Storage::open(path.toStdString(), {}); };
-    QCOMPARE(errorOf([&] { open(); }), ErrorKind::CannotOpen);
-    Storage::create(path.toStdString());
-    {
-        const auto storage = open();
-        QCOMPARE(errorOf([&] { open(); }), ErrorKind::Locked);
-        QProcess other;
-        other.start(QStringLiteral(MDBSQL_PROGRAM), {path, QStringLiteral("--verify")});
-        QVERIFY(other.waitForFinished());
-        QCOMPARE(other.exitCode(), 1);
-        QVERIFY(QString::fromUtf8(other.readAllStandardError()).contains(QStringLiteral("em uso por outro programa")));
-    }
-    // Access on another computer.
-    QFile users(folder.filePath(QStringLiteral("posto.ldb")));
-    QVERIFY(users.open(QIODevice::WriteOnly));
-    QCOMPARE(errorOf([&] { open(); }), ErrorKind::Locked);
-    QVERIFY(users.remove());
-    static_cast<void>(open());
 }
 
 void TestStorageRefusals::passwords()

@@ -163,7 +163,8 @@ private Q_SLOTS:
             };
             faults << Fault{u"disk full"_s, full(0), nothing, false, 4};
             faults << Fault{u"disk full in the journal"_s, full(3000), nothing, false, 5};
-            // The open file lives on without its name; kept under another one, it is looked at afterwards.
+            // A file that has lost its name is written no more: nobody would find it. Kept under another one, it is
+            // looked at afterwards.
             const QByteArray name = QFile::encodeName(station.database());
             const QByteArray other = name + ".other";
             faults << Fault{u"file removed"_s,
@@ -171,7 +172,7 @@ private Q_SLOTS:
                                 ::link(name.constData(), other.constData());
                                 ::unlink(name.constData());
                             },
-                            [=] { ::rename(other.constData(), name.constData()); }, true, 5};
+                            [=] { ::rename(other.constData(), name.constData()); }, false, 5};
         }
         for (const Fault& fault : std::as_const(faults)) {
             strikeEverywhere(station, scenario, contents, fault);

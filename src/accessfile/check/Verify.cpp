@@ -214,9 +214,13 @@ private:
 
 SelfCheck StorageFile::verify()
 {
-    VerifyRecord record(m_space);
-    CatalogVerifier(*this, record).run();
-    return record.found();
+    SelfCheck found;
+    read([&] {
+        VerifyRecord record(m_space);
+        CatalogVerifier(*this, record).run();
+        found = record.found();
+    });
+    return found;
 }
 
 } // namespace accessfile

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "accessfile/file/FileDevice.h"
-#include "accessfile/file/Page.h"
+#include "accessfile/file/CommitTable.h"
+#include "accessfile/file/DataFile.h"
 
 #include <map>
 #include <memory>
@@ -12,45 +12,62 @@ namespace accessfile {
 /// Hash of page contents for the journal; guards against torn writes, not against malice.
 [[nodiscard]] std::uint64_t contentHash(ByteView bytes, std::uint64_t seed = 0);
 
-/// What a unit of change replaces: pages as they are stored before it, and hashes of what they become.
+/// What a unit of change replaces: pages as they are stored before it and after it.
 struct JournalEntry
 {
     PageNumber page = 0;
-    std::uint64_t newHash = 0;
     PagePointer oldBytes; ///< Null for pages that the unit appends.
+    PagePointer newBytes;
 };
 
-/// The rollback journal beside the file. Written and synced before the first page of a unit is; it names the hashes of
-/// the new pages, so that a unit found wholly written at the next opening needs no third sync to be known as done.
+/// What is known of a unit besides its pages.
+struct JournalUnit
+{
+    CommitTable table; ///< Before it.
+    std::uint32_t oldPages = 0;
+    std::uint32_t newPages = 0;
+};
+
+/// The rollback journal beside the data file (NAME-diario): what a unit's pages held before it, and hashes of what they
+/// become, sector by sector. It is on the medium before slot 0 of the data file says that pages are being written; that
+/// slot alone tells whether it is needed. It has two places: a unit never overwrites the one before it, whose counter
+/// may not have reached the medium yet. All writing is done within a turn.
 class Journal
 {
 public:
-    Journal(FileSystem& files, const std::filesystem::path& database);
+    explicit Journal(DataFile& file);
 
-    /// Writes the old images and returns when they are on the medium.
-    void write(std::uint32_t oldPages, std::uint32_t newPages, std::uint64_t oldIdentity, std::uint64_t newIdentity,
-               const std::vector<JournalEntry>& entries);
-    /// Makes the journal void; failing to is harmless, its hashes tell.
-    void invalidate() noexcept;
-    /// Closes and removes the file.
+    /// Returns when the unit is on the medium.
+    void write(const JournalUnit& unit, const std::vector<JournalEntry>& entries);
+    /// Closes and removes it. Everything that it guards must be on the medium.
     void remove() noexcept;
+    void close() noexcept { m_device.reset(); }
+    [[nodiscard]] const std::filesystem::path& name() const { return m_name; }
 
-    struct Recovered
+    /// What the journal says of a data file whose slot 0 stands at "writing" while nobody is writing.
+    enum class Verdict {
+        Nothing,  ///< No journal, or none that was complete: what stopped was no unit of this engine.
+        Finished, ///< The file holds the whole unit.
+        PlayBack, ///< Every sector is the unit's old or new one, and nobody else has written: the images undo it.
+        Foreign   ///< Somebody else has written since. Playing back would undo that.
+    };
+    struct Finding
     {
-        bool playBack = false;
-        std::uint32_t pages = 0;
+        Verdict verdict = Verdict::Nothing;
+        std::uint32_t pages = 0;   ///< PlayBack: length of the file before the unit.
+        std::uint16_t counter = 0; ///< Slot 0 before the unit.
         std::map<PageNumber, PagePointer> images;
     };
-    /// Reads a journal left by a crash. Nothing to play back when there is none, when it is incomplete or another
-    /// file's, or when its unit was finished.
-    [[nodiscard]] Recovered read(FileDevice& database);
-
-    /// Of page 0: which file this is.
-    [[nodiscard]] static std::uint64_t identity(const PageBytes& pageZero);
+    /// Reads file and journal. Changes nothing.
+    [[nodiscard]] Finding examine();
 
 private:
-    FileSystem& m_files;
-    std::filesystem::path m_path;
+    struct Place;
+    [[nodiscard]] static std::vector<Place> places(FileDevice& device);
+    [[nodiscard]] Finding judge(FileDevice& journal, const Place& place);
+
+    DataFile& m_file;
+    std::filesystem::path m_name;
     std::unique_ptr<FileDevice> m_device;
 };
 

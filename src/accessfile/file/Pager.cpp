@@ -1,97 +1,190 @@
 #include "accessfile/file/Pager.h"
 
 #include "accessfile/Error.h"
+#include "accessfile/file/FileErrors.h"
 #include "accessfile/file/Header.h"
 
 #include <algorithm>
 
+// The state of the file, and the cache. What a commit does stands in PagerCommit.cpp.
 namespace accessfile {
 
 namespace {
-
-std::filesystem::path lockFileOf(const std::filesystem::path& file, const char* extension)
-{
-    std::filesystem::path lockFile = file;
-    return lockFile.replace_extension(extension);
-}
-
-std::string nameOf(const std::filesystem::path& file)
-{
-    const std::u8string text = file.filename().u8string();
-    return {text.begin(), text.end()};
-}
-
+/// How long slot 0 may say that somebody writes whom no lock shows: one who has the file for himself alone.
+constexpr std::chrono::seconds unseenWriter{2};
+constexpr int runsBeforeWaiting = 3;
 } // namespace
 
-Pager::Pager(FileSystem& files, const std::filesystem::path& file, bool readOnly, std::size_t cachePages)
-    : m_journal(files, file)
-    , m_cacheLimit(std::max<std::size_t>(cachePages, 16))
+Pager::Pager(FileSystem& files, const std::filesystem::path& file, const PagerOptions& options)
+    : m_file(files, file, options.company, options.waiting)
+    , m_journal(m_file)
+    , m_cacheLimit(std::max<std::size_t>(options.cachePages, 16))
 {
-    OpenedFile opened = files.openLocked(file, readOnly);
-    m_device = std::move(opened.device);
-    if (readOnly)
+    if (options.readOnly)
         m_readOnlyReason = "O arquivo foi aberto somente para leitura.";
-    else if (opened.readOnly)
+    else if (!files.fileWritable(m_file.name()))
         m_readOnlyReason = "O arquivo só pode ser lido: não há permissão para gravar nele.";
-    else if (!files.folderWritable(file))
+    else if (!files.folderWritable(m_file.name()))
         m_readOnlyReason = "O arquivo só pode ser lido: não há permissão para gravar na pasta dele.";
-    if (!isReadOnly()) {
-        // Access marks its users in a lock file that other systems cannot take part in.
-        for (const char* extension : {".ldb", ".LDB"}) {
-            const std::filesystem::path lockFile = lockFileOf(file, extension);
-            if (files.exists(lockFile))
-                throw Error(ErrorKind::Locked, "O arquivo está em uso pelo Access (existe '" + nameOf(lockFile) +
-                                                   "'). Feche-o em todos os computadores; se nenhum o tiver aberto, "
-                                                   "apague esse arquivo e tente novamente.");
-        }
-    }
-    recover();
-    const std::uint64_t length = m_device->size();
-    if (m_overlay.empty())
-        m_pageCount = static_cast<PageNumber>(std::min(length, largestFile + pageSize) / pageSize);
-    if (length == 0 || m_pageCount == 0)
+    if (m_file.device().size() < pageSize)
         throw Error(ErrorKind::NotADatabase, "O arquivo não é um banco de dados do Access.");
-    if (length % pageSize != 0 && !isReadOnly())
-        m_readOnlyReason = "O arquivo só pode ser lido: o fim dele está truncado.";
-    m_committedPages = m_pageCount;
-    m_frames.resize(m_pageCount);
+    PageBytes first{};
+    m_file.device().read(0, std::span(first).first(CommitTable::offset));
+    static_cast<void>(Header(first)); // Of other formats not even the commit table is what it seems.
+    look();
 }
 
 Pager::~Pager()
 {
     rollback();
-    if (!isReadOnly() && !m_broken)
-        m_journal.remove();
-}
-
-void Pager::recover()
-{
-    Journal::Recovered found = m_journal.read(*m_device);
-    if (isReadOnly()) {
-        if (found.playBack) {
-            m_overlay = std::move(found.images);
-            m_pageCount = found.pages;
+    m_turns = std::min(m_turns, 1);
+    giveTurnBack();
+    try {
+        // A journal is of no use once the last counter is on the medium. Where others are at work theirs is there.
+        if (!m_wrote || !m_file.tryTurn())
+            return;
+        if (m_file.table().slot(0) >= CommitTable::first) {
+            m_file.device().sync();
+            m_journal.remove();
         }
-        return;
+        m_file.giveTurnBack();
+    } catch (...) {
+        m_file.giveTurnBack();
     }
-    if (found.playBack) {
-        for (const auto& [number, image] : found.images)
-            m_device->write(std::uint64_t{number} * pageSize, *image);
-        m_device->truncate(std::uint64_t{found.pages} * pageSize);
-        m_device->sync();
-    }
-    m_journal.remove();
-}
-
-void Pager::setPageKey(std::uint32_t key)
-{
-    m_pageKey = key;
 }
 
 void Pager::forbidWriting(const std::string& reason)
 {
     if (!isReadOnly())
         m_readOnlyReason = reason;
+}
+
+void Pager::look()
+{
+    if (m_inUnit)
+        return;
+    m_readSinceLook = false;
+    if (m_turns > 0) {
+        // Nobody else writes; but an own commit may have failed halfway.
+        if (!m_table)
+            recover();
+        return;
+    }
+    Patience patience(m_file.files(), m_file.waiting());
+    for (;;) {
+        if (m_file.replaced())
+            m_file.reopen();
+        const std::optional<CommitTable> table = m_file.tableIfOpen();
+        if (table && settle(*table, patience))
+            return;
+        patience.sees(table);
+        if (!patience.pause())
+            m_file.throwInUse();
+    }
+}
+
+bool Pager::settle(const CommitTable& table, const Patience& patience)
+{
+    if (m_table && *m_table == table && m_openings == m_file.openings())
+        return true;
+    const std::size_t unsettled = table.firstUnsettled();
+    if (unsettled < CommitTable::slots) {
+        if (table.slot(unsettled) == CommitTable::writing && m_file.userPresent(unsettled))
+            return false;
+        return m_file.tableIfOpen() == table && settleAbandoned(table, patience);
+    }
+    m_suspicion.clear();
+    forget(table);
+    return true;
+}
+
+/// The table says that somebody is writing, but he is not there.
+bool Pager::settleAbandoned(const CommitTable& table, const Patience& patience)
+{
+    Journal::Finding found;
+    if (table.slot(0) == CommitTable::writing) {
+        found = m_journal.examine();
+        const bool undoable =
+            found.verdict == Journal::Verdict::Finished || found.verdict == Journal::Verdict::PlayBack;
+        if (undoable && m_readOnlyReason.empty() && m_file.tryTurn()) {
+            enterTurn();
+            giveTurnBack();
+            return false;
+        }
+        const auto holder = m_file.holder();
+        if (holder && holder->everyUser)
+            return false;
+        if (undoable) {
+            // It cannot be written now: read as if it were undone.
+            forget(table);
+            if (found.verdict == Journal::Verdict::PlayBack) {
+                m_overlay = std::move(found.images);
+                m_pageCount = m_committedPages = found.pages;
+                m_frames.assign(m_pageCount, {});
+            }
+            return true;
+        }
+        if (patience.waited() < unseenWriter)
+            return false;
+    }
+    suspect(found.verdict, table);
+    forget(table);
+    return true;
+}
+
+void Pager::suspect(Journal::Verdict verdict, const CommitTable& table)
+{
+    const std::string repair =
+        " Faça uma cópia dele e repare-o no Access (Compactar e reparar banco de dados), ou volte a um backup.";
+    if (verdict == Journal::Verdict::Foreign)
+        m_suspicion = "O arquivo só pode ser lido: uma gravação deste programa parou no meio e depois outro programa "
+                      "gravou no arquivo. Nada foi desfeito; o diário '" +
+                      shownName(m_journal.name().filename()) + "' foi guardado." + repair + " Depois apague o diário.";
+    else if (table.slot(table.firstUnsettled()) == CommitTable::damaged)
+        m_suspicion = "O arquivo só pode ser lido: outro programa encontrou uma página danificada nele." + repair;
+    else
+        m_suspicion = "O arquivo só pode ser lido: uma gravação nele parou no meio, e não há diário com que "
+                      "desfazê-la." +
+                      repair;
+}
+
+bool Pager::holds()
+{
+    // What came out of the cache alone is of the state that the look found.
+    if (m_turns > 0 || !m_readSinceLook)
+        return true;
+    return m_file.openings() == m_openings && m_file.tableIfOpen() == m_table && !m_file.replaced();
+}
+
+void Pager::waitForOthers(Patience& patience, int runs)
+{
+    const auto pause = [&] {
+        patience.sees(m_file.tableIfOpen());
+        if (!patience.pause())
+            m_file.throwInUse();
+    };
+    pause();
+    if (runs < runsBeforeWaiting)
+        return;
+    for (auto holder = m_file.holder(); holder && holder->everyUser; holder = m_file.holder())
+        pause();
+}
+
+void Pager::forget(const CommitTable& table)
+{
+    const std::uint64_t length = m_file.device().size();
+    m_table = table;
+    m_openings = m_file.openings();
+    ++m_generation;
+    ++m_state;
+    m_overlay.clear();
+    m_loaded.clear();
+    m_hand = 0;
+    m_pageCount = static_cast<PageNumber>(std::min(length, largestFile + pageSize) / pageSize);
+    m_committedPages = m_pageCount;
+    m_frames.assign(m_pageCount, {});
+    if (length % pageSize != 0 && m_suspicion.empty())
+        m_suspicion = "O arquivo só pode ser lido: o fim dele está truncado.";
 }
 
 void Pager::encode(PageNumber number, PageBytes& bytes) const
@@ -109,6 +202,15 @@ PagePointer Pager::stored(PageNumber number, const PagePointer& plain) const
     return encoded;
 }
 
+void Pager::readStored(PageNumber number, PageBytes& bytes) const
+{
+    m_readSinceLook = true;
+    if (const auto image = m_overlay.find(number); image != m_overlay.end())
+        bytes = *image->second;
+    else
+        m_file.device().read(std::uint64_t{number} * pageSize, bytes);
+}
+
 PagePointer Pager::page(PageNumber number) const
 {
     if (number >= m_pageCount)
@@ -123,10 +225,7 @@ PagePointer Pager::page(PageNumber number) const
         return frame.page;
     }
     auto bytes = std::make_shared<PageBytes>();
-    if (const auto image = m_overlay.find(number); image != m_overlay.end())
-        *bytes = *image->second;
-    else
-        m_device->read(std::uint64_t{number} * pageSize, *bytes);
+    readStored(number, *bytes);
     encode(number, *bytes);
     makeRoom();
     keep(number, bytes);
@@ -179,101 +278,17 @@ PageNumber Pager::append()
     return number;
 }
 
-void Pager::begin()
+void Pager::copyTo(FileDevice& copy)
 {
-    if (m_broken)
-        throw Error(ErrorKind::IoError, "Uma falha anterior de gravação deixou o arquivo incompleto. Feche e abra o "
-                                        "programa: o arquivo será recomposto.");
-    if (isReadOnly())
-        throw Error(ErrorKind::ReadOnly, m_readOnlyReason);
-    m_inUnit = true;
-}
-
-void Pager::commit()
-{
-    std::vector<JournalEntry> entries;
-    std::vector<std::pair<PageNumber, PagePointer>> writes;
-    for (const auto& [number, bytes] : m_changed) {
-        PagePointer old;
-        if (number < m_committedPages) {
-            Frame& frame = m_frames[number];
-            if (frame.page) {
-                old = frame.page;
-            } else {
-                auto read = std::make_shared<PageBytes>();
-                m_device->read(std::uint64_t{number} * pageSize, *read);
-                encode(number, *read);
-                old = std::move(read);
-            }
-            if (*old == *bytes)
-                continue;
-            old = stored(number, old);
-        }
-        writes.emplace_back(number, stored(number, bytes));
-        entries.push_back({number, contentHash(*writes.back().second), std::move(old)});
+    constexpr std::size_t chunkPages = 64;
+    std::vector<PageBytes> chunk(chunkPages);
+    for (PageNumber start = 0; start < m_pageCount; start += chunkPages) {
+        const std::size_t count = std::min<std::size_t>(chunkPages, m_pageCount - start);
+        for (std::size_t i = 0; i < count; ++i)
+            readStored(static_cast<PageNumber>(start + i), chunk[i]);
+        copy.write(std::uint64_t{start} * pageSize, std::span(chunk[0].data(), count * pageSize));
     }
-    if (!writes.empty()) {
-        const auto zeroAfter = m_changed.find(0);
-        const PagePointer zeroBefore = m_frames[0].page ? m_frames[0].page : [this] {
-            auto read = std::make_shared<PageBytes>();
-            m_device->read(0, *read);
-            return PagePointer(read);
-        }();
-        const std::uint64_t before = Journal::identity(*zeroBefore);
-        const std::uint64_t after = zeroAfter == m_changed.end() ? before : Journal::identity(*zeroAfter->second);
-        try {
-            m_journal.write(m_committedPages, m_pageCount, before, after, entries);
-        } catch (...) {
-            m_journal.invalidate();
-            throw;
-        }
-        // New pages first, then the changed ones from the back: the global map and the header come last.
-        std::sort(writes.begin(), writes.end(), [this](const auto& left, const auto& right) {
-            const bool leftNew = left.first >= m_committedPages;
-            const bool rightNew = right.first >= m_committedPages;
-            if (leftNew != rightNew)
-                return leftNew;
-            return leftNew ? left.first < right.first : left.first > right.first;
-        });
-        try {
-            for (const auto& [number, bytes] : writes)
-                m_device->write(std::uint64_t{number} * pageSize, *bytes);
-            m_device->sync();
-        } catch (...) {
-            undo(entries);
-            throw;
-        }
-        m_journal.invalidate();
-    }
-    for (auto& [number, bytes] : m_changed)
-        keep(number, std::move(bytes));
-    m_changed.clear();
-    m_committedPages = m_pageCount;
-    m_inUnit = false;
-    makeRoom();
-}
-
-void Pager::undo(const std::vector<JournalEntry>& entries)
-{
-    try {
-        for (const JournalEntry& entry : entries) {
-            if (entry.oldBytes)
-                m_device->write(std::uint64_t{entry.page} * pageSize, *entry.oldBytes);
-        }
-        m_device->truncate(std::uint64_t{m_committedPages} * pageSize);
-        m_device->sync();
-        m_journal.invalidate();
-    } catch (...) {
-        // The journal stays: the next opening plays it back.
-        m_broken = true;
-    }
-}
-
-void Pager::rollback() noexcept
-{
-    m_changed.clear();
-    m_pageCount = m_committedPages;
-    m_inUnit = false;
+    copy.truncate(std::uint64_t{m_pageCount} * pageSize);
 }
 
 } // namespace accessfile

@@ -19,34 +19,6 @@ namespace {
 
 using namespace sql;
 
-/// A statement's changes, undone unless they are committed.
-class Unit
-{
-public:
-    explicit Unit(Storage& storage)
-        : m_storage(storage)
-    {
-        m_storage.beginStatement();
-    }
-    ~Unit()
-    {
-        if (m_open)
-            m_storage.rollbackStatement();
-    }
-    Unit(const Unit&) = delete;
-    Unit& operator=(const Unit&) = delete;
-
-    void commit()
-    {
-        m_storage.commitStatement();
-        m_open = false;
-    }
-
-private:
-    Storage& m_storage;
-    bool m_open = true;
-};
-
 Table& requireTable(Storage& storage, std::string_view name)
 {
     Table* const table = storage.table(name);
@@ -362,53 +334,67 @@ Database::~Database() = default;
 
 void Database::select(std::string_view statement, RowSink& sink)
 {
-    SelectStatement parsed = parseSelect(statement);
-    const Selection selection(parsed, tableOfSelect(*m_storage, parsed), statement, m_regional);
-    selection.run(sink);
+    m_storage->read([&] {
+        SelectStatement parsed = parseSelect(statement);
+        const Selection selection(parsed, tableOfSelect(*m_storage, parsed), statement, m_regional);
+        selection.run(sink);
+    });
 }
 
 std::size_t Database::execute(std::string_view statement)
 {
-    Statement parsed = Parser(statement).statement();
-    if (SelectStatement* const select = std::get_if<SelectStatement>(&parsed)) {
+    Statement first = Parser(statement).statement();
+    if (SelectStatement* const select = std::get_if<SelectStatement>(&first)) {
         // Its rows have no receiver here; that it could run is all there is to know.
-        const Selection check(*select, tableOfSelect(*m_storage, *select), statement, m_regional);
+        m_storage->read([&] { Selection(*select, tableOfSelect(*m_storage, *select), statement, m_regional); });
         return 0;
     }
-    Unit unit(*m_storage);
-    const std::size_t rows = std::visit(Executor(*m_storage, statement, m_regional), parsed);
-    unit.commit();
+    std::size_t rows = 0;
+    std::optional<Statement> parsed(std::move(first));
+    m_storage->change([&] {
+        // Parsed anew for each further run: names are bound to the tables as they are then.
+        Statement run = parsed ? std::move(*parsed) : Parser(statement).statement();
+        parsed.reset();
+        rows = std::visit(Executor(*m_storage, statement, m_regional), run);
+    });
     return rows;
 }
 
 std::string Database::tableOf(std::string_view select)
 {
-    SelectStatement parsed = parseSelect(select);
-    const Table* const table = tableOfSelect(*m_storage, parsed);
-    if (table == nullptr)
-        throw syntaxError("FROM clause");
-    const Selection check(parsed, table, select, m_regional);
-    return table->name();
+    std::string name;
+    m_storage->read([&] {
+        SelectStatement parsed = parseSelect(select);
+        const Table* const table = tableOfSelect(*m_storage, parsed);
+        if (table == nullptr)
+            throw syntaxError("FROM clause");
+        const Selection check(parsed, table, select, m_regional);
+        name = table->name();
+    });
+    return name;
 }
 
 void Database::addRow(std::string_view table, const std::vector<std::pair<std::string, Value>>& values)
 {
-    Table& target = requireTable(*m_storage, table);
-    std::vector<std::optional<Value>> row(target.columns().size());
-    for (auto& [column, value] : assignments(target, values, m_regional))
-        row[static_cast<std::size_t>(column)] = std::move(value);
-    Unit unit(*m_storage);
-    target.insert(row);
-    unit.commit();
+    m_storage->change([&] {
+        Table& target = requireTable(*m_storage, table);
+        std::vector<std::optional<Value>> row(target.columns().size());
+        for (auto& [column, value] : assignments(target, values, m_regional))
+            row[static_cast<std::size_t>(column)] = std::move(value);
+        target.insert(row);
+    });
 }
 
-void Database::updateRow(std::string_view table, RowId row, const std::vector<std::pair<std::string, Value>>& changes)
+void Database::updateRow(std::string_view table, RowId row, const std::vector<std::pair<std::string, Value>>& changes,
+                         const std::function<bool()>& unchanged)
 {
-    Table& target = requireTable(*m_storage, table);
-    const Changes converted = assignments(target, changes, m_regional);
-    Unit unit(*m_storage);
-    target.update(row, converted);
-    unit.commit();
+    m_storage->change([&] {
+        if (unchanged && !unchanged())
+            throw Error(ErrorKind::Conflict,
+                        "Outro programa alterou ou excluiu este registro depois que ele foi lido. Nada foi gravado.");
+        Table& target = requireTable(*m_storage, table);
+        target.update(row, assignments(target, changes, m_regional));
+    });
 }
 
 } // namespace accessfile

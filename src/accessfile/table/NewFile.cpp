@@ -230,7 +230,9 @@ void writeFirstPages(FileDevice& device, std::string_view password)
 
 void writeCatalog(FileSystem& files, const std::filesystem::path& file)
 {
-    TableSpace space(files, file, {});
+    PagerOptions alone;
+    alone.company = Company::Alone;
+    TableSpace space(files, file, alone);
     ChangeGuard change(space);
     change.start();
     std::vector<SystemTable> tables = systemTables();

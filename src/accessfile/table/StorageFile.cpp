@@ -1,10 +1,14 @@
 #include "accessfile/table/StorageFile.h"
 
 #include "accessfile/Error.h"
+#include "accessfile/file/FileErrors.h"
+#include "accessfile/file/Location.h"
 #include "accessfile/format/TextCodec.h"
 #include "accessfile/table/PageClaims.h"
 
 #include <algorithm>
+#include <random>
+#include <utility>
 
 namespace accessfile {
 
@@ -13,6 +17,18 @@ namespace {
 constexpr PageNumber catalogPage = 2;
 constexpr std::uint32_t systemFlags = 0x80000002;
 constexpr std::uint32_t hiddenFlag = 0x08;
+constexpr int openingRuns = 5;
+constexpr std::chrono::milliseconds openingPause{20};
+
+PagerOptions pagerOptions(const OpenOptions& options)
+{
+    PagerOptions result;
+    result.readOnly = options.readOnly;
+    result.cachePages = options.cachePages;
+    result.waiting.limit = options.wait;
+    result.waiting.notice = options.waiting;
+    return result;
+}
 
 std::int32_t numberAt(const Cursor& cursor, int column)
 {
@@ -24,8 +40,10 @@ std::int32_t numberAt(const Cursor& cursor, int column)
 } // namespace
 
 StorageFile::StorageFile(FileSystem& files, const std::filesystem::path& file, const OpenOptions& options)
-    : m_space(files, file, options)
+    : m_space(files, file, pagerOptions(options))
+    , m_password(options.password)
     , m_catalog(m_space, catalogPage, "MSysObjects", {})
+    , m_generation(m_space.pager.generation())
 {
     if (!acceptsPassword(options.password))
         throw Error(ErrorKind::WrongPassword, "A senha do banco de dados não confere.");
@@ -54,6 +72,115 @@ void StorageFile::checkCut(PageNumber missing)
             throw;
         m_space.pager.forbidWriting("O arquivo só pode ser lido: falta o fim dele, a partir da página " +
                                     std::to_string(missing) + ". " + error.what());
+    }
+}
+
+/// Catalog and definitions are read again when another program has changed the file.
+void StorageFile::follow()
+{
+    Pager& pager = m_space.pager;
+    if (m_generation == pager.generation())
+        return;
+    const Bytes password = m_space.header.password();
+    m_space.header = Header(*pager.page(0));
+    pager.setPageKey(m_space.header.pageKey());
+    if (m_space.header.password() != password && !acceptsPassword(m_password))
+        throw Error(ErrorKind::WrongPassword, "A senha do banco de dados foi trocada por outro programa.");
+    m_tables.clear();
+    m_space.allocator.forgetFound();
+    m_catalog.reload({});
+    readCatalog();
+    m_generation = pager.generation();
+}
+
+void StorageFile::read(const std::function<void()>& work)
+{
+    Pager& pager = m_space.pager;
+    if (m_reading || pager.inUnit()) {
+        work();
+        return;
+    }
+    m_reading = true;
+    const std::shared_ptr<void> atEnd(nullptr, [this](void*) { m_reading = false; });
+    Patience patience(pager.file().files(), pager.file().waiting());
+    for (int runs = 1;; ++runs) {
+        pager.look();
+        try {
+            follow();
+            work();
+            if (pager.holds())
+                return;
+        } catch (const Error&) {
+            // Half of one state and half of another looks like damage.
+            if (pager.holds())
+                throw;
+        }
+        waitForOthers(patience, runs);
+    }
+}
+
+void StorageFile::change(const std::function<void()>& work)
+{
+    Pager& pager = m_space.pager;
+    Patience patience(pager.file().files(), pager.file().waiting());
+    for (int runs = 1;; ++runs) {
+        bool holds = true;
+        try {
+            beginStatement();
+            work();
+            holds = pager.hasChanges() || pager.holds();
+        } catch (const Error&) {
+            holds = pager.holds();
+            rollbackStatement();
+            if (holds)
+                throw;
+        } catch (...) {
+            rollbackStatement();
+            throw;
+        }
+        if (!holds) {
+            rollbackStatement();
+            waitForOthers(patience, runs);
+            continue;
+        }
+        try {
+            commitStatement();
+            return;
+        } catch (const Error& error) {
+            if (error.kind() != ErrorKind::Conflict)
+                throw;
+        }
+        // Another program was quicker. Within a turn nobody is.
+        pager.takeTurn();
+        const std::shared_ptr<void> atEnd(nullptr, [&pager](void*) { pager.giveTurnBack(); });
+        try {
+            beginStatement();
+            work();
+        } catch (...) {
+            rollbackStatement();
+            throw;
+        }
+        commitStatement();
+        return;
+    }
+}
+
+void StorageFile::backup(const std::filesystem::path& to)
+{
+    FileSystem& files = m_space.pager.file().files();
+    if (files.exists(to))
+        throwExists(to);
+    // The copy gets its name when it is whole.
+    std::filesystem::path draft = to;
+    draft += "-novo-" + std::to_string(std::random_device{}());
+    const auto device = files.createNew(draft);
+    try {
+        read([&] { m_space.pager.copyTo(*device); });
+        device->sync();
+        files.publish(draft, to);
+    } catch (...) {
+        files.remove(draft);
+        throw;
     }
 }
 
@@ -143,9 +270,16 @@ void StorageFile::beginStatement()
 {
     if (m_space.pager.inUnit())
         throw Error(ErrorKind::IoError, "Já há um comando em andamento no arquivo.");
+    judgeLocation();
     m_space.pager.begin();
     m_space.halfway = false;
     m_definitionsChanged = false;
+    try {
+        follow();
+    } catch (...) {
+        rollbackStatement();
+        throw;
+    }
 }
 
 void StorageFile::commitStatement()
@@ -194,6 +328,27 @@ void StorageFile::rollbackStatement() noexcept
     }
 }
 
+void StorageFile::judgeLocation()
+{
+    if (!m_locate)
+        return;
+    Location location = std::exchange(m_locate, nullptr)();
+    if (!location.refusal.empty())
+        m_space.pager.forbidWriting("O arquivo só pode ser lido: " + location.refusal);
+    m_warnings = std::move(location.warnings);
+    if (!location.refusal.empty())
+        m_warnings.push_back(std::move(location.refusal));
+}
+
+std::vector<std::string> StorageFile::warnings()
+{
+    judgeLocation();
+    std::vector<std::string> all = m_warnings;
+    if (const std::string& reason = m_space.pager.suspicion(); !reason.empty())
+        all.push_back(reason);
+    return all;
+}
+
 void StorageFile::setDefaultEvaluator(DefaultEvaluator evaluator)
 {
     m_space.evaluator = std::move(evaluator);
@@ -202,12 +357,25 @@ void StorageFile::setDefaultEvaluator(DefaultEvaluator evaluator)
 std::unique_ptr<StorageFile> openStorage(FileSystem& files, const std::filesystem::path& file,
                                          const OpenOptions& options)
 {
-    return std::make_unique<StorageFile>(files, file, options);
+    for (int runs = 1;; ++runs) {
+        try {
+            auto storage = std::make_unique<StorageFile>(files, file, options);
+            if (storage->space().pager.holds() || runs == openingRuns)
+                return storage;
+        } catch (const Error& error) {
+            // What another program is just writing looks like damage.
+            if (error.kind() != ErrorKind::Damaged || runs == openingRuns)
+                throw;
+        }
+        files.pause(openingPause);
+    }
 }
 
 std::unique_ptr<Storage> Storage::open(const std::filesystem::path& file, const OpenOptions& options)
 {
-    return openStorage(nativeFileSystem(), file, options);
+    auto storage = openStorage(nativeFileSystem(), file, options);
+    storage->setLocator([file = storage->space().pager.file().name()] { return locationOf(file); });
+    return storage;
 }
 
 } // namespace accessfile

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accessfile/file/Location.h"
 #include "accessfile/table/TableFile.h"
 
 #include <map>
@@ -35,11 +36,20 @@ public:
     void createIndex(const std::string& table, const Index& index) override;
     void dropTable(const std::string& table) override;
     void setPassword(std::string_view password) override;
+    void read(const std::function<void()>& work) override;
+    void change(const std::function<void()>& work) override;
+    [[nodiscard]] std::uint64_t state() const override { return m_space.pager.state(); }
+    void takeTurn() override { m_space.pager.takeTurn(); }
+    void giveTurnBack() noexcept override { m_space.pager.giveTurnBack(); }
     void beginStatement() override;
     void commitStatement() override;
     void rollbackStatement() noexcept override;
     void setDefaultEvaluator(DefaultEvaluator evaluator) override;
     [[nodiscard]] SelfCheck verify() override; // check/Verify.cpp
+    void backup(const std::filesystem::path& to) override;
+    [[nodiscard]] std::vector<std::string> warnings() override;
+    /// How the place of the file is judged, once, before the first change or when somebody asks.
+    void setLocator(std::function<Location()> locate) { m_locate = std::move(locate); }
 
     /// Number of the definition page of a table, system tables included; 0 when there is none.
     [[nodiscard]] TableFile* tableFile(std::string_view name);
@@ -58,12 +68,21 @@ private:
     void touchCatalogRow(PageNumber page, std::optional<Bytes> properties);
     void addRights(std::int32_t object);
     [[nodiscard]] Bytes ownerOf(std::int32_t object);
+    void follow();
+    void judgeLocation();
     void readCatalog();
     void checkCut(PageNumber missing);
+    /// Waits after a run that another program spoilt.
+    void waitForOthers(Patience& patience, int runs) { m_space.pager.waitForOthers(patience, runs); }
     [[nodiscard]] const CatalogEntry* find(std::string_view name) const;
 
     TableSpace m_space;
+    std::string m_password;
     TableFile m_catalog;
+    std::uint64_t m_generation = 0; ///< Of the pages that catalog and definitions were read from.
+    std::function<Location()> m_locate;
+    std::vector<std::string> m_warnings;
+    bool m_reading = false;
     std::vector<CatalogEntry> m_entries;
     std::map<PageNumber, std::unique_ptr<TableFile>> m_tables;
     bool m_definitionsChanged = false;

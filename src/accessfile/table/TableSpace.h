@@ -11,8 +11,8 @@ namespace accessfile {
 /// What all tables of an open file share.
 struct TableSpace
 {
-    TableSpace(FileSystem& files, const std::filesystem::path& file, const OpenOptions& options)
-        : pager(files, file, options.readOnly, options.cachePages)
+    TableSpace(FileSystem& files, const std::filesystem::path& file, const PagerOptions& options)
+        : pager(files, file, options)
         , header(*pager.page(0))
         , allocator(pager)
         , longValues(pager, allocator)

@@ -5,6 +5,9 @@
 #include "platform/ado/Error.h"
 #include "platform/ado/Session.h"
 
+#include <QCursor>
+#include <QGuiApplication>
+
 #include <cmath>
 #include <filesystem>
 #include <map>
@@ -65,11 +68,13 @@ public:
     {
         std::vector<Field> fields;
         fields.reserve(columns.size());
+        m_types.clear();
         for (const accessfile::ResultColumn& column : columns) {
             fields.push_back({QString::fromStdString(column.name), fieldType(column.type)});
             m_types.push_back(fieldType(column.type));
         }
         m_rows = RowSet(std::move(fields));
+        m_next = 0;
     }
 
     void cell(const Value& value) override
@@ -198,11 +203,7 @@ public:
 
     RowSet query(const QString& select) override
     {
-        return guarded(select, [&] {
-            RowSetSink sink;
-            m_database->select(select.toStdString(), sink);
-            return sink.take();
-        });
+        return guarded(select, [&] { return rowsOf(select); });
     }
 
     void execute(const QString& statement) override
@@ -228,16 +229,54 @@ public:
         const quint64 key = rows.rowKey(row);
         const RowId address{static_cast<std::uint32_t>(key >> 8U), static_cast<std::uint8_t>(key & 0xFFU)};
         guarded(select, [&] {
-            m_database->updateRow(m_database->tableOf(select.toStdString()), address, engineValues(changes));
+            m_database->updateRow(m_database->tableOf(select.toStdString()), address, engineValues(changes), [&] {
+                // Read again only where somebody has written since.
+                return rows.sourceState() == m_database->storage().state() || rows.isUnchanged(row, rowsOf(select));
+            });
         });
     }
 
+    void takeTurn() override
+    {
+        guarded({}, [&] { m_database->storage().takeTurn(); });
+    }
+    void giveTurnBack() noexcept override { m_database->storage().giveTurnBack(); }
+
+    [[nodiscard]] QStringList warnings() const override
+    {
+        QStringList all;
+        for (const std::string& each : m_database->storage().warnings())
+            all << QString::fromStdString(each);
+        return all;
+    }
+
 private:
+    [[nodiscard]] RowSet rowsOf(const QString& select) const
+    {
+        RowSetSink sink;
+        m_database->select(select.toStdString(), sink);
+        RowSet rows = sink.take();
+        rows.setSourceState(m_database->storage().state());
+        return rows;
+    }
+
     std::shared_ptr<Database> m_database;
 };
 
-/// Files that this process has open. The engine locks a file against everyone, so all connections to it share one.
-std::shared_ptr<Database> sharedDatabase(const std::filesystem::path& file, const std::string& password)
+/// A statement waits for another program: the pointer tells.
+void showWaiting(bool waits)
+{
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr)
+        return;
+    if (waits)
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QGuiApplication::restoreOverrideCursor();
+}
+
+/// Files that this process has open. All connections to one share what is in memory of it. `wait` in seconds, 0 for the
+/// engine's own.
+std::shared_ptr<Database> sharedDatabase(const std::filesystem::path& file, const std::string& password, int wait)
 {
     static const AccessConversions conversions;
     static std::map<std::filesystem::path, std::weak_ptr<Database>> open;
@@ -252,6 +291,9 @@ std::shared_ptr<Database> sharedDatabase(const std::filesystem::path& file, cons
     }
     accessfile::OpenOptions options;
     options.password = password;
+    options.waiting = showWaiting;
+    if (wait > 0)
+        options.wait = std::chrono::seconds(wait);
     auto database = std::make_shared<Database>(accessfile::Storage::open(file, options), conversions);
     known = database;
     return database;
@@ -268,8 +310,8 @@ std::unique_ptr<Session> openAccessSession(const OpenRequest& request)
     if (!provider && password.isEmpty())
         password = request.password;
     return guarded({}, [&] {
-        return std::make_unique<AccessSession>(
-            sharedDatabase(std::filesystem::path(path.toStdU16String()), password.toStdString()));
+        return std::make_unique<AccessSession>(sharedDatabase(std::filesystem::path(path.toStdU16String()),
+                                                              password.toStdString(), request.commandTimeout));
     });
 }
 

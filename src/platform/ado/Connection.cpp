@@ -17,6 +17,11 @@ void Connection::Open(const QString& connectionString, const QString& user, cons
     m_session = openSession({connectionString, user, password, m_connectionTimeout, m_commandTimeout});
 }
 
+QStringList Connection::warnings() const
+{
+    return m_session ? m_session->warnings() : QStringList();
+}
+
 void Connection::Execute(const QString& statement, int)
 {
     traceExecute(statement);
@@ -29,6 +34,19 @@ Session& Connection::session(const QString& statement) const
         throw Error(3704, QStringLiteral("A operação não é permitida quando o objeto está fechado."), statement);
     }
     return *m_session;
+}
+
+Turn::Turn(Connection& connection)
+    : m_session(&connection.session({}))
+{
+    m_session->takeTurn();
+}
+
+void Turn::giveBack() noexcept
+{
+    if (m_session)
+        m_session->giveTurnBack();
+    m_session = nullptr;
 }
 
 } // namespace ado

@@ -32,17 +32,38 @@ public:
               int options = adOptionUnspecified);
     [[nodiscard]] bool isOpen() const { return m_session != nullptr; }
 
+    /// What the operator should know about the source, as sentences.
+    [[nodiscard]] QStringList warnings() const;
+
     /// Runs a statement that returns no rows. Raises ado::Error, also on a closed connection.
     void Execute(const QString& statement, int options = adOptionUnspecified);
 
 private:
     friend class Recordset;
+    friend class Turn;
     [[nodiscard]] Session& session(const QString& statement) const;
 
     int m_connectionTimeout = 0;
     int m_commandTimeout = 0;
     CursorLocation m_cursorLocation = adUseServer;
     std::unique_ptr<Session> m_session;
+};
+
+/// Statements that follow on each other without another program's in between, where the source is a file that programs
+/// take turns at. No transaction: each statement is written as it is run. Raises ado::Error when the turn is not to be
+/// had in time; nothing has been written then.
+class Turn
+{
+public:
+    explicit Turn(Connection& connection);
+    ~Turn() { giveBack(); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    /// Before anything that waits for the operator.
+    void giveBack() noexcept;
+
+private:
+    Session* m_session;
 };
 
 } // namespace ado

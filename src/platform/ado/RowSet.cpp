@@ -2,6 +2,7 @@
 
 #include "platform/ado/Error.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
@@ -165,8 +166,29 @@ void RowSet::append(FieldType type, const vb::Variant& value)
     }
 }
 
+bool RowSet::isUnchanged(qsizetype row, const RowSet& later) const
+{
+    const auto found = std::find(later.m_rowKeys.begin(), later.m_rowKeys.end(), rowKey(row));
+    if (found == later.m_rowKeys.end() || later.m_fields.size() != m_fields.size())
+        return false;
+    const bool assignedHere = std::find(m_replaced.begin(), m_replaced.end(), row) != m_replaced.end();
+    for (int field = 0; field < static_cast<int>(m_fields.size()); ++field) {
+        const vb::Variant mine = value(row, field);
+        const vb::Variant other = later.value(found - later.m_rowKeys.begin(), field);
+        if (mine == other)
+            continue;
+        const double* const myNumber = std::get_if<double>(&mine.value());
+        const double* const otherNumber = std::get_if<double>(&other.value());
+        if (!assignedHere || !myNumber || !otherNumber ||
+            static_cast<float>(*myNumber) != static_cast<float>(*otherNumber))
+            return false;
+    }
+    return true;
+}
+
 void RowSet::replaceRow(qsizetype row, const std::vector<vb::Variant>& values)
 {
+    m_replaced.push_back(row);
     RowSet fresh(m_fields);
     for (std::size_t field = 0; field < m_fields.size(); ++field) {
         fresh.append(m_fields[field].type, values.at(field));

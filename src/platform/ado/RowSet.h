@@ -51,6 +51,12 @@ public:
     /// False where a row is no single row of a table: a total, or a SELECT without table.
     [[nodiscard]] bool hasRowKey(qsizetype row) const { return static_cast<std::size_t>(row) < m_rowKeys.size(); }
     [[nodiscard]] quint64 rowKey(qsizetype row) const { return m_rowKeys.at(static_cast<std::size_t>(row)); }
+    /// State of the source when the rows were read, where the back end has one.
+    void setSourceState(quint64 state) { m_sourceState = state; }
+    [[nodiscard]] quint64 sourceState() const { return m_sourceState; }
+    /// Whether the row of that address has the same cells in `later`, a later run of the same SELECT. Numbers that were
+    /// assigned here may have been rounded to a single by their column.
+    [[nodiscard]] bool isUnchanged(qsizetype row, const RowSet& later) const;
 
 private:
     void appendBytes(const char* bytes, std::size_t length);
@@ -59,6 +65,8 @@ private:
     std::vector<quint32> m_ends;
     std::vector<char> m_bytes;
     std::vector<quint64> m_rowKeys;
+    std::vector<qsizetype> m_replaced; ///< Rows with assigned cells.
+    quint64 m_sourceState = 0;
 };
 
 } // namespace ado

@@ -31,9 +31,17 @@ public:
     virtual void prepareToAdd(const QString& select) = 0;
     /// Adds a row to the one table that the SELECT reads. Columns that are not named get their default.
     virtual void addRow(const QString& select, const std::vector<FieldValue>& values) = 0;
-    /// Changes one row of `rows` (which came from the SELECT) in its table; `row` is its position.
+    /// Changes one row of `rows` (which came from the SELECT) in its table; `row` is its position. Error::Conflict
+    /// where it is not the row any more that was read.
     virtual void updateRow(const QString& select, const RowSet& rows, qsizetype row,
                            const std::vector<FieldValue>& changes) = 0;
+
+    /// Keeps other programs from writing until giveTurnBack, where the source is a file that they take turns at.
+    /// Raises ado::Error when one of them does not leave it in time.
+    virtual void takeTurn() {}
+    virtual void giveTurnBack() noexcept {}
+    /// What the operator should know about the source, as sentences.
+    [[nodiscard]] virtual QStringList warnings() const { return {}; }
 };
 
 /// What a provider is told when a source is opened.
@@ -43,7 +51,7 @@ struct OpenRequest
     QString user;
     QString password;
     int connectionTimeout = 0; ///< Seconds, 0 = driver's default.
-    int commandTimeout = 0;
+    int commandTimeout = 0;    ///< Of a data file: how long a statement waits for other programs.
 };
 
 /// Opens the source by the provider that the connection string asks for: the ODBC driver of that name where one is

@@ -104,7 +104,7 @@ private Q_SLOTS:
             Recordset own;
             own.Open(u"Select * from hosts where ativo = 'x';"_s, odbcString(m_locked));
             QCOMPARE(own.Fields(u"host"), Variant(u"outro"_s));
-            QVERIFY(otherProcess() != 0);
+            QCOMPARE(otherProcess(), 0);
         }
         QCOMPARE(otherProcess(), 0);
     }

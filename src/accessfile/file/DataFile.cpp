@@ -61,6 +61,12 @@ bool DataFile::replaced()
     return m_files.identityOf(m_name) != m_identity;
 }
 
+void DataFile::requireName()
+{
+    if (m_company == Company::Shared && m_files.identityOf(m_name) != m_writer->identity())
+        throwCannotOpen(m_name, "foi retirado ou trocado por outro. Nada foi gravado");
+}
+
 void DataFile::reopen()
 {
     m_reader = m_files.openToRead(m_name);

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] bool replaced();
     /// Opens the file that has the name now.
     void reopen();
+    /// In a turn: CannotOpen where the file has lost its name, since nobody would find what is written to it.
+    void requireName();
     /// Goes up with every opening.
     [[nodiscard]] unsigned openings() const { return m_openings; }
 

@@ -130,6 +130,7 @@ void Pager::commit()
         try {
             if (m_overtaken)
                 throw Error(ErrorKind::Conflict, "Outro programa alterou o arquivo de dados neste momento.");
+            m_file.requireName();
             writeUnit(entries);
         } catch (...) {
             giveTurnBack();

@@ -37,11 +37,11 @@ struct Times
 struct Figure
 {
     QString name;
-    int rows = 0;      ///< Rows shown; 0 where there are none to speak of.
-    Times window;      ///< Through the window.
-    Times bare;        ///< The same statements alone, where there are any.
-    double budget = 0; ///< Largest allowed ratio, unless all is done within a frame of 16 ms; 0 for none.
-    double peak = 0;   ///< Megabytes above what was resident before, at the highest point.
+    int rows = 0;                 ///< Rows shown; 0 where there are none to speak of.
+    Times window;                 ///< Through the window.
+    Times bare;                   ///< The same statements alone, where there are any.
+    double budget = 0;            ///< Largest allowed ratio, unless all is done within a frame of 16 ms; 0 for none.
+    double peak = 0;              ///< Megabytes above what was resident before, at the highest point.
     bool isAgainstItself = false; ///< Bare is the same work on other data: the frame is for the difference.
     QString remark;
 };

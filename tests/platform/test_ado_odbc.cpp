@@ -60,7 +60,8 @@ private Q_SLOTS:
         QVERIFY(systems.open(QIODevice::ReadOnly));
         QVERIFY(content.startsWith(systems.readAll()));
         // A registration may hold passwords, as may the statements of a trace.
-        const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther | QFile::ExeOther;
+        const auto others =
+            QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther | QFile::ExeOther;
         QVERIFY(!(ours.permissions() & others));
         QVERIFY(!(QFile::permissions(qEnvironmentVariable("ODBCSYSINI")) & others));
         const QTemporaryDir folder;

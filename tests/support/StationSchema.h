@@ -8,8 +8,8 @@ namespace support {
 /// adm (password "1234"), DatEmit and config ("sim"). Tests fill the rest.
 void makeStation(BothBackEnds& database);
 
-/// Writes the settings (and, for MySQL, Host.mdb) that lead the program in `folder` to a database: the path of an Access
-/// file, or a database of the shared server.
+/// Writes the settings (and, for MySQL, Host.mdb) that lead the program in `folder` to a database: the path of an
+/// Access file, or a database of the shared server.
 void writeSettings(const QString& folder, bool isMySql, const QString& database);
 
 /// Makes Host.mdb in a folder, with rows of hosts: ativo, host, basededados, usuarioD, Senha.
